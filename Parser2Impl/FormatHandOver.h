@@ -1,0 +1,21 @@
+#pragma once
+
+#include <media/NdkMediaFormat.h>
+#include <utils/Errors.h>
+
+#include "OrvelMetaData.h"
+
+namespace orvel {
+
+// Fills the framework's format with what fill, a status_t(OrvelMetaData&), puts into a store made
+// for the call. On any status but OK the framework's format stays as it was.
+template <typename Fill>
+media_status_t handOverFormat(AMediaFormat* format, Fill fill) {
+    OrvelMetaData meta;
+    const android::status_t status = fill(meta);
+    if (status != android::OK) return translate_error(status);
+    AMediaFormat_copy(format, meta.getHandle());
+    return AMEDIA_OK;
+}
+
+}  // namespace orvel
