@@ -1,5 +1,6 @@
 #pragma once
 
+#include <media/NdkMediaErrorPriv.h>
 #include <media/NdkMediaFormat.h>
 #include <utils/Errors.h>
 

@@ -2,7 +2,7 @@
 
 namespace orvel {
 
-OrvelDataSource::OrvelDataSource(CDataSource* source) : mSource(source) {}
+OrvelDataSource::OrvelDataSource(android::CDataSource* source) : mSource(source) {}
 
 OrvelDataSource::~OrvelDataSource() = default;
 

@@ -17,7 +17,7 @@ namespace orvel {
 // source's I/O takes.
 class OrvelDataSource : public android::RefBase {
   public:
-    explicit OrvelDataSource(CDataSource* source);
+    explicit OrvelDataSource(android::CDataSource* source);
 
     // Reads up to size bytes at the byte position offset into data. Returns the bytes read, which
     // may be fewer, 0 or ERROR_END_OF_STREAM at the end, or another negative status.
@@ -40,7 +40,7 @@ class OrvelDataSource : public android::RefBase {
     OrvelDataSource(const OrvelDataSource&) = delete;
     OrvelDataSource& operator=(const OrvelDataSource&) = delete;
 
-    CDataSource* const mSource;  // the framework's
+    android::CDataSource* const mSource;  // the framework's
 };
 
 }  // namespace orvel

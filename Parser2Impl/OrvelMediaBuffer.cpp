@@ -1,5 +1,7 @@
 #include "OrvelMediaBuffer.h"
 
+#include <media/NdkMediaErrorPriv.h>
+
 namespace orvel {
 
 using android::MediaBufferGroupHelper;

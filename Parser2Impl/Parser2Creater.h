@@ -6,7 +6,7 @@
 // that the property "mm.enable.orvel_parser" enables. The list of extensions is static and rebuilt
 // by every call. The framework may call from any thread, one call after the other; a list of an
 // earlier call must not be in use any more.
-extern "C" __attribute__((visibility("default"))) ExtractorDef GETEXTRACTORDEF();
+extern "C" __attribute__((visibility("default"))) android::ExtractorDef GETEXTRACTORDEF();
 
 namespace orvel {
 
@@ -19,11 +19,12 @@ namespace orvel {
 // CreateExtractor takes is its first, and the message goes with the extractor. *freeMeta is never
 // written, so that nobody can free the message under the extractor; a message whose CreateExtractor
 // call never comes is not freed.
-CreatorFunc Sniff(CDataSource* source, float* confidence, void** meta, FreeMetaFunc* freeMeta);
+android::CreatorFunc Sniff(android::CDataSource* source, float* confidence, void** meta,
+                           android::FreeMetaFunc* freeMeta);
 
 // The extractor of a source that Sniff took, as the framework's table; meta is Sniff's message,
 // which the extractor takes over. A file that cannot be opened (again) gives an extractor without
 // tracks. Called on a framework thread; blocks while it opens the file.
-CMediaExtractor* CreateExtractor(CDataSource* source, void* meta);
+android::CMediaExtractor* CreateExtractor(android::CDataSource* source, void* meta);
 
 }  // namespace orvel

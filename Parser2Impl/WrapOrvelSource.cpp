@@ -1,5 +1,6 @@
 #include "WrapOrvelSource.h"
 
+#include <media/NdkMediaErrorPriv.h>
 #include <media/stagefright/foundation/ADebug.h>
 
 #include "FormatHandOver.h"
