@@ -78,15 +78,17 @@ class Player {
 
   private:
     struct Entry {
-        size_t index;
-        BufferGroup group;  // before the track: it outlives it
+        bool isStarted() const { return track && track->isStarted(); }
+
+        size_t index = 0;
+        BufferGroup group;
         std::optional<Track> track;
         bool isVideo = false;
-        bool started = false;
         // Where the last play() call left the track.
         std::optional<int64_t> lastTimeUs;
         android::status_t status = android::OK;
     };
+    class Run;
 
     std::vector<Entry> mEntries;
 };
