@@ -1,0 +1,29 @@
+// Status codes of the media framework, beside those of <utils/Errors.h>.
+#pragma once
+
+#include <utils/Errors.h>
+
+namespace android {
+
+enum {
+    MEDIA_ERROR_BASE = -1000,
+
+    ERROR_ALREADY_CONNECTED = MEDIA_ERROR_BASE,
+    ERROR_NOT_CONNECTED = MEDIA_ERROR_BASE - 1,
+    ERROR_UNKNOWN_HOST = MEDIA_ERROR_BASE - 2,
+    ERROR_CANNOT_CONNECT = MEDIA_ERROR_BASE - 3,
+    ERROR_IO = MEDIA_ERROR_BASE - 4,
+    ERROR_CONNECTION_LOST = MEDIA_ERROR_BASE - 5,
+    ERROR_MALFORMED = MEDIA_ERROR_BASE - 7,
+    ERROR_OUT_OF_RANGE = MEDIA_ERROR_BASE - 8,
+    ERROR_BUFFER_TOO_SMALL = MEDIA_ERROR_BASE - 9,
+    ERROR_UNSUPPORTED = MEDIA_ERROR_BASE - 10,
+    ERROR_END_OF_STREAM = MEDIA_ERROR_BASE - 11,
+
+    // Not failures, but answers of a read all the same.
+    INFO_FORMAT_CHANGED = MEDIA_ERROR_BASE - 12,
+    INFO_DISCONTINUITY = MEDIA_ERROR_BASE - 13,
+    INFO_OUTPUT_BUFFERS_CHANGED = MEDIA_ERROR_BASE - 14,
+};
+
+}  // namespace android

@@ -1,0 +1,79 @@
+// The inner state of a looper: its queue, its thread, and the senders that wait for replies. A part
+// of its own so that it can outlive the ALooper, which may be released on the looper's own thread.
+#pragma once
+
+#include <media/stagefright/foundation/AMessage.h>
+#include <pthread.h>
+#include <utils/RefBase.h>
+
+#include <string>
+#include <vector>
+
+#include "Monitor.h"
+
+namespace android {
+
+// References: the ALooper, the thread while it runs, reply tokens, and each sender while it waits.
+// Lock order: the list of looper threads (LooperThreads.h), then mLock. Messages are never
+// destroyed under mLock: what they refer to may call back.
+class LooperCore : public RefBase {
+  public:
+    // As those of ALooper.
+    status_t start(const std::string& name, bool runOnCallingThread);
+    status_t stop();
+    status_t post(const sp<AMessage>& message, int64_t delayUs);
+
+    // Posts a message with a reply token and waits.
+    status_t postAndAwait(const sp<AMessage>& message, sp<AMessage>* response);
+    // -ENOENT when that sender does not wait any more.
+    status_t reply(uint64_t waiterId, const sp<AMessage>& response);
+    // The token is gone or was dropped with its message: ends the wait of its sender, if any.
+    void abandon(uint64_t waiterId);
+
+    // The looper's clock was set.
+    void wake();
+
+  private:
+    struct Event {
+        int64_t whenUs;
+        sp<AMessage> message;
+    };
+
+    // On the stack of a sender that waits.
+    struct Waiter {
+        uint64_t id;
+        bool ended = false;
+        sp<AMessage> response;
+        standin::Condition changed;
+        Waiter* next = nullptr;
+    };
+
+    status_t startThread(const std::string& name, bool runOnCallingThread, uint32_t* runId);
+    static void* threadMain(void* arguments);
+    void run(uint32_t runId);
+    sp<AMessage> nextMessage(uint32_t runId);
+    // False when there is no such waiter.
+    bool endWait(uint64_t waiterId, const sp<AMessage>& response)
+            ORVEL_TSA(requires_capability(mLock));
+
+    standin::Mutex mLock;
+    standin::Condition mQueueChanged;
+
+    // Ordered by time, equal times by posting. What is before mHead is delivered; a vector with a
+    // moving start, so that posting does not allocate once the queue has had its usual length.
+    std::vector<Event> mQueue ORVEL_TSA(guarded_by(mLock));
+    size_t mHead ORVEL_TSA(guarded_by(mLock)) = 0;
+
+    bool mRunning ORVEL_TSA(guarded_by(mLock)) = false;
+    // A looper that was stopped takes no messages until it is started again.
+    bool mStopped ORVEL_TSA(guarded_by(mLock)) = false;
+    // Tells a thread that has not noticed the stop yet from the one of a later start.
+    uint32_t mRunId ORVEL_TSA(guarded_by(mLock)) = 0;
+    bool mRunsOnCaller ORVEL_TSA(guarded_by(mLock)) = false;
+    pthread_t mThread ORVEL_TSA(guarded_by(mLock)) = {};  // while mRunning
+
+    Waiter* mWaiters ORVEL_TSA(guarded_by(mLock)) = nullptr;
+    uint64_t mLastWaiterId ORVEL_TSA(guarded_by(mLock)) = 0;
+};
+
+}  // namespace android
