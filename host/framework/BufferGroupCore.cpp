@@ -1,5 +1,6 @@
 #include "framework/BufferGroupCore.h"
 
+#include <media/NdkMediaErrorPriv.h>
 #include <media/NdkMediaFormat.h>
 #include <utils/Errors.h>
 

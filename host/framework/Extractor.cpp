@@ -1,6 +1,6 @@
 #include "framework/Extractor.h"
 
-#include <media/MediaExtractorPluginHelper.h>
+#include <media/NdkMediaErrorPriv.h>
 
 #include <cstdlib>
 #include <utility>

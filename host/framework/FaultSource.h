@@ -16,10 +16,21 @@ struct Fault {
         ForGood,  // every read concerned fails; for atCall: that call and all later ones
     };
 
+    /** A fault at byte `offset`. */
+    static Fault at(off64_t offset, Repeat repeat = Repeat::ForGood,
+                    android::status_t result = android::ERROR_IO) {
+        return {offset, std::nullopt, repeat, result};
+    }
+    /** A fault at the `call`-th readAt. */
+    static Fault onCall(uint64_t call, Repeat repeat = Repeat::ForGood,
+                        android::status_t result = android::ERROR_IO) {
+        return {std::nullopt, call, repeat, result};
+    }
+
     /** Reads that would cover this byte fail as a whole, as over a bad sector. */
-    std::optional<off64_t> atOffset;
+    std::optional<off64_t> atOffset = std::nullopt;
     /** The readAt call of this number fails; calls count from 1 over all threads. */
-    std::optional<uint64_t> atCall;
+    std::optional<uint64_t> atCall = std::nullopt;
     Repeat repeat = Repeat::ForGood;
     /** What a failing read returns: a negative status, or 0 for zero bytes before the end. */
     android::status_t result = android::ERROR_IO;

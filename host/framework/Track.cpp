@@ -1,6 +1,6 @@
 #include "framework/Track.h"
 
-#include <media/MediaExtractorPluginHelper.h>
+#include <media/NdkMediaErrorPriv.h>
 
 #include <cstdlib>
 #include <utility>

@@ -1,6 +1,6 @@
 #include "FakeExtractor.h"
 
-#include <media/MediaExtractorPluginHelper.h>
+#include <media/NdkMediaErrorPriv.h>
 #include <media/NdkMediaFormat.h>
 #include <media/stagefright/MediaErrors.h>
 

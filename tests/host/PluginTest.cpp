@@ -82,7 +82,9 @@ TEST(Plugin, messageOfASniff_isFreedOnceWhateverBecomesOfIt) {
             if (c.create) {
                 auto extractor = plugin.create(source, std::move(moved));
                 EXPECT_EQ(extractor.has_value(), c.bytes[1] != 'N');
-                if (extractor) EXPECT_EQ(extractor->name(), "Fake");
+                if (extractor) {
+                    EXPECT_EQ(extractor->name(), "Fake");
+                }
             } else if (!c.taken) {
                 EXPECT_THROW(plugin.create(source, std::move(moved)), std::logic_error);
             }

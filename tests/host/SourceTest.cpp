@@ -135,17 +135,13 @@ TEST(FaultSource, faultsFallOnExactlyTheReadsConcerned) {
         std::vector<Step> steps;
     } cases[] = {
             {"offset, for good",
-             {.atOffset = 50},
+             Fault::at(50),
              {{0, 50, 50}, {0, 51, kIo}, {50, 1, kIo}, {51, 9, 9}, {50, 0, 0}, {40, 20, kIo}}},
-            {"offset, once",
-             {.atOffset = 50, .repeat = Repeat::Once},
-             {{0, 50, 50}, {45, 10, kIo}, {45, 10, 10}}},
-            {"call, for good", {.atCall = 2}, {{0, 9, 9}, {9, 9, kIo}, {0, 9, kIo}}},
-            {"call, once",
-             {.atCall = 2, .repeat = Repeat::Once},
-             {{0, 9, 9}, {9, 9, kIo}, {9, 9, 9}}},
-            {"zero bytes", {.atCall = 2, .result = 0}, {{0, 9, 9}, {9, 9, 0}}},
-            {"largest size", {.atOffset = 99}, {{0, SIZE_MAX, kIo}}},
+            {"offset, once", Fault::at(50, Repeat::Once), {{0, 50, 50}, {45, 9, kIo}, {45, 9, 9}}},
+            {"call, for good", Fault::onCall(2), {{0, 9, 9}, {9, 9, kIo}, {0, 9, kIo}}},
+            {"call, once", Fault::onCall(2, Repeat::Once), {{0, 9, 9}, {9, 9, kIo}, {9, 9, 9}}},
+            {"zero bytes", Fault::onCall(2, Repeat::ForGood, 0), {{0, 9, 9}, {9, 9, 0}}},
+            {"largest size", Fault::at(99), {{0, SIZE_MAX, kIo}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -167,7 +163,7 @@ TEST(FaultSource, faultsFallOnExactlyTheReadsConcerned) {
 
 TEST(FaultSource, changedSize_showsFromItsCallOnAndCutsReads) {
     MemorySource memory(counted(100));
-    FaultSource source(memory, SizeChange{.atCall = 2, .size = 60});
+    FaultSource source(memory, SizeChange{2, 60});
     off64_t size = 0;
     EXPECT_EQ(readCounted(source, 50, 20), 20);
     EXPECT_EQ(source.getSize(&size), android::OK);
@@ -212,7 +208,7 @@ TEST(CountingSource, stackedDecorators_countWhatReachesTheSource) {
 TEST(CountingSource, readsOfSeveralThreads_allCount) {
     MemorySource memory(counted(100));
     CountingSource counting(memory);
-    FaultSource source(counting, Fault{.atCall = 2000, .repeat = Fault::Repeat::Once});
+    FaultSource source(counting, Fault::onCall(2000, Fault::Repeat::Once));
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
