@@ -1,3 +1,4 @@
+#define LOG_TAG "OrvelExtractor2"
 #include "WrapOrvelSource.h"
 
 #include <media/NdkMediaErrorPriv.h>
