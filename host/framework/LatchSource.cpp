@@ -38,7 +38,7 @@ uint64_t LatchSource::calls() const {
 
 bool LatchSource::isHeld_l(off64_t offset, size_t size, uint64_t call) const {
     if (mCall && call >= *mCall) return true;
-    if (!mOffset) return false;
+    if (!mOffset || offset < 0) return false;
     return offset >= *mOffset || size > static_cast<uint64_t>(*mOffset - offset);
 }
 
