@@ -1,0 +1,137 @@
+#include "FFmpegExtensions.h"
+
+#include <math.h>
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include <media/stagefright/MediaErrors.h>
+
+#include "OrvelDataSource.h"
+#include "PresentationTimes.h"
+#include "Saturate.h"
+
+namespace orvel {
+
+using android::OK;
+using android::sp;
+
+namespace {
+
+// Boxes that could not be read are tried again by later seeks, since the source may have failed for
+// once, but not for ever: a walk over a large broken file is no longer cheap.
+constexpr int kMaxBoxReadFailures = 3;
+
+bool isIdentity(const int32_t* matrix) {
+    static constexpr int32_t kIdentity[9] = {1 << 16, 0, 0, 0, 1 << 16, 0, 0, 0, 1 << 30};
+    return std::equal(kIdentity, kIdentity + 9, matrix);
+}
+
+}  // namespace
+
+// The data source as the box reader wants it.
+class FFmpegExtensions::Source : public ByteSource {
+  public:
+    explicit Source(const sp<OrvelDataSource>& source) : mSource(source) {}
+
+    ssize_t readAt(int64_t offset, void* data, size_t size) override {
+        const ssize_t n = mSource->readAt(offset, data, size);
+        return n == android::ERROR_END_OF_STREAM ? 0 : n;
+    }
+
+    int64_t size() override {
+        off64_t size = -1;
+        return mSource->getSize(&size) == OK ? size : -1;
+    }
+
+  private:
+    const sp<OrvelDataSource> mSource;
+};
+
+FFmpegExtensions::FFmpegExtensions(const AVFormatContext* context,
+                                   const sp<OrvelDataSource>& source)
+    : mContext(context),
+      mIsMov(av_match_name("mov", context->iformat->name) != 0),
+      mSource(std::make_unique<Source>(source)),
+      mBoxes(*mSource) {}
+
+FFmpegExtensions::~FFmpegExtensions() = default;
+
+void FFmpegExtensions::nameTimedText(AVStream* stream) {
+    AVCodecParameters* parameters = stream->codecpar;
+    if (parameters->codec_type == AVMEDIA_TYPE_SUBTITLE &&
+        parameters->codec_id == AV_CODEC_ID_NONE &&
+        parameters->codec_tag == MKTAG('t', 'x', '3', 'g')) {
+        parameters->codec_id = AV_CODEC_ID_MOV_TEXT;
+    }
+}
+
+std::optional<int32_t> FFmpegExtensions::rotationDegrees(const AVStream* stream) const {
+    const AVDictionaryEntry* rotate = av_dict_get(stream->metadata, "rotate", nullptr, 0);
+    if (rotate != nullptr) return atoi(rotate->value);
+    // Newer libraries attach the display matrix and leave the rest to their callers. Only the MP4
+    // demuxer ever published the entry.
+    const int32_t* matrix = mIsMov ? compat::displayMatrix(stream) : nullptr;
+    if (matrix == nullptr || isIdentity(matrix)) return std::nullopt;
+    double degrees = -av_display_rotation_get(matrix);
+    if (isnan(degrees)) return std::nullopt;
+    if (degrees < 0) degrees += 360;
+    // Through text with its six significant digits, as the entry has it: 89.9999999 is 90.
+    char text[32];
+    snprintf(text, sizeof(text), "%g", degrees);
+    return atoi(text);
+}
+
+Mp4TrackRef FFmpegExtensions::trackRef(const AVStream* stream) const {
+    Mp4TrackRef ref = {stream->id, 0};
+    for (unsigned i = 0; i < mContext->nb_streams && mContext->streams[i] != stream; ++i) {
+        const AVStream* earlier = mContext->streams[i];
+        const bool isPicture = (earlier->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+        if (earlier->id == stream->id && !isPicture) ++ref.nth;
+    }
+    return ref;
+}
+
+std::vector<std::vector<uint8_t>> FFmpegExtensions::timedTextDescriptions(const AVStream* stream) {
+    if (!mIsMov) return {};
+    auto descriptions = mBoxes.timedTextDescriptions(trackRef(stream));
+    if (!descriptions) return {};
+    return std::move(*descriptions);
+}
+
+std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
+        const AVStream* stream) {
+    if (!mIsMov) return nullptr;
+    Snapshot& snapshot = mSnapshots[stream->index];
+    const int entryCount = compat::indexEntryCount(stream);
+    if (snapshot.entryCount == entryCount) return snapshot.times;
+    const uint64_t movieSamples = static_cast<uint64_t>(std::max<int64_t>(stream->nb_frames, 0));
+    if (!snapshot.table) {
+        if (snapshot.failures == kMaxBoxReadFailures) return nullptr;
+        // The index holds all samples of the movie box from the start; only fragments come later.
+        snapshot.table =
+                mBoxes.compositionTable(trackRef(stream), static_cast<size_t>(entryCount));
+        if (!snapshot.table) {
+            ++snapshot.failures;
+            return nullptr;
+        }
+    }
+    snapshot.times = std::make_shared<PresentationTimes>(
+            static_cast<size_t>(entryCount),
+            [stream](size_t index) {
+                const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));
+                return IndexEntry{entry->timestamp, entry->pos,
+                                  (entry->flags & AVINDEX_KEYFRAME) != 0};
+            },
+            *snapshot.table, movieSamples);
+    snapshot.entryCount = entryCount;
+    return snapshot.times;
+}
+
+int64_t FFmpegExtensions::presentationTime(const AVStream* stream, int index) {
+    const auto times = presentationTimes(stream);
+    return times != nullptr ? times->pts(static_cast<size_t>(index))
+                            : compat::indexEntry(stream, index)->timestamp;
+}
+
+}  // namespace orvel

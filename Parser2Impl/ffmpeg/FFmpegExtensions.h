@@ -1,0 +1,77 @@
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <utils/StrongPointer.h>
+
+#include "FFmpegCompat.h"
+#include "Mp4BoxReader.h"
+
+namespace orvel {
+
+class OrvelDataSource;
+class PresentationTimes;
+
+// What the device's FFmpeg has beyond the stock library, supplied on the stock one: the "rotate"
+// entry, timed-text sample descriptions, and the presentation time of each index entry with the
+// search for the closest one. For MP4-family files it reads the boxes that it needs by itself, from
+// the data source and not through the bridge, and only when somebody asks: a file without timed
+// text that is never sought pays nothing.
+//
+// Made when the container is open. The framework thread that builds the track list uses the first
+// half, the reader's looper thread the second; the two never overlap. Presentation times are
+// immutable once made and may be read by any thread.
+class FFmpegExtensions {
+  public:
+    // context: the opened container, which outlives this object.
+    FFmpegExtensions(const AVFormatContext* context, const android::sp<OrvelDataSource>& source);
+    ~FFmpegExtensions();
+
+    // The stock library leaves a timed-text stream with several sample descriptions without a codec
+    // id; gives it the one that it should have.
+    static void nameTimedText(AVStream* stream);
+
+    // The "rotate" entry of a stream as a number of degrees, clockwise.
+    std::optional<int32_t> rotationDegrees(const AVStream* stream) const;
+
+    // Whole sample entries of type 'tx3g' in the order of the file (3GPP TS 26.245, 5.16). Empty
+    // without any, and when they cannot be read.
+    std::vector<std::vector<uint8_t>> timedTextDescriptions(const AVStream* stream);
+
+    // The container is of the MP4 family.
+    bool isMov() const { return mIsMov; }
+
+    // The presentation times of what the stream's index holds by now; null when they are not to be
+    // had: another container, boxes that cannot be read.
+    std::shared_ptr<const PresentationTimes> presentationTimes(const AVStream* stream);
+
+    // The presentation time of one index entry, in the stream's time base: the entry's own
+    // timestamp where nothing better is known.
+    int64_t presentationTime(const AVStream* stream, int index);
+
+  private:
+    class Source;
+
+    struct Snapshot {
+        std::optional<CompositionTable> table;  // of the whole file
+        int failures = 0;                       // to read it
+        int entryCount = -1;                    // of the index when times was made
+        std::shared_ptr<const PresentationTimes> times;
+    };
+
+    Mp4TrackRef trackRef(const AVStream* stream) const;
+
+    const AVFormatContext* const mContext;
+    const bool mIsMov;
+    const std::unique_ptr<Source> mSource;
+    Mp4BoxReader mBoxes;
+    std::map<int, Snapshot> mSnapshots;  // by stream index
+};
+
+}  // namespace orvel

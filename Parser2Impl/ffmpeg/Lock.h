@@ -1,0 +1,135 @@
+#pragma once
+
+#include <pthread.h>
+#include <time.h>
+
+#include <atomic>
+
+// clang proves the locking rules that these attributes state; other compilers ignore them.
+#if defined(__clang__)
+#define ORVEL_THREAD_ATTRIBUTE(x) __attribute__((x))
+#else
+#define ORVEL_THREAD_ATTRIBUTE(x)
+#endif
+#define ORVEL_CAPABILITY(name) ORVEL_THREAD_ATTRIBUTE(capability(name))
+#define ORVEL_SCOPED_CAPABILITY ORVEL_THREAD_ATTRIBUTE(scoped_lockable)
+#define ORVEL_GUARDED_BY(lock) ORVEL_THREAD_ATTRIBUTE(guarded_by(lock))
+#define ORVEL_REQUIRES(...) ORVEL_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
+#define ORVEL_EXCLUDES(...) ORVEL_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
+#define ORVEL_ACQUIRE(...) ORVEL_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
+#define ORVEL_RELEASE(...) ORVEL_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define ORVEL_NO_THREAD_SAFETY_ANALYSIS ORVEL_THREAD_ATTRIBUTE(no_thread_safety_analysis)
+
+namespace orvel {
+
+// A pthread mutex with default attributes; not recursive.
+class ORVEL_CAPABILITY("mutex") Mutex {
+  public:
+    Mutex() { pthread_mutex_init(&mMutex, nullptr); }
+    ~Mutex() { pthread_mutex_destroy(&mMutex); }
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock() ORVEL_ACQUIRE() { pthread_mutex_lock(&mMutex); }
+    void unlock() ORVEL_RELEASE() { pthread_mutex_unlock(&mMutex); }
+
+  private:
+    friend class Condition;
+    pthread_mutex_t mMutex;
+};
+
+// A pthread condition on the monotonic clock. All waits are untimed.
+class Condition {
+  public:
+    Condition() {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&mCondition, &attributes);
+        pthread_condattr_destroy(&attributes);
+    }
+    ~Condition() { pthread_cond_destroy(&mCondition); }
+    Condition(const Condition&) = delete;
+    Condition& operator=(const Condition&) = delete;
+
+    // Spurious wake-ups happen: call it in a loop over the awaited state.
+    void wait(Mutex& mutex) ORVEL_REQUIRES(mutex) {
+        wait(&mutex.mMutex);
+    }
+    void signal() { pthread_cond_signal(&mCondition); }
+
+  private:
+    friend class ReaderMutex;
+    void wait(pthread_mutex_t* mutex) { pthread_cond_wait(&mCondition, mutex); }
+
+    pthread_cond_t mCondition;
+};
+
+// The reader's mutex: a pthread mutex with default attributes that one thread, the looper with its
+// read-ahead passes, takes again and again, and that any number of framework threads take now and
+// then. A plain mutex would let the looper retake it before a woken framework thread gets to run.
+// Here whoever waits in lock() when lockForPass() is called is served first.
+class ORVEL_CAPABILITY("mutex") ReaderMutex {
+  public:
+    ReaderMutex() { pthread_mutex_init(&mMutex, nullptr); }
+    ~ReaderMutex() { pthread_mutex_destroy(&mMutex); }
+    ReaderMutex(const ReaderMutex&) = delete;
+    ReaderMutex& operator=(const ReaderMutex&) = delete;
+
+    void lock() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        if (pthread_mutex_trylock(&mMutex) == 0) return;
+        mWaiting.fetch_add(1);
+        pthread_mutex_lock(&mMutex);
+        mWaiting.fetch_sub(1);
+    }
+
+    // For the read-ahead pass alone, and so for one thread at a time.
+    void lockForPass() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        pthread_mutex_lock(&mMutex);
+        mPassWaiting = true;
+        while (mWaiting.load() > 0) mNobodyWaits.wait(&mMutex);
+        mPassWaiting = false;
+    }
+
+    void unlock() ORVEL_RELEASE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        const bool wakePass = mPassWaiting && mWaiting.load() == 0;
+        // Signalled before unlocking: afterwards the reader, and this mutex with it, may be gone.
+        if (wakePass) mNobodyWaits.signal();
+        pthread_mutex_unlock(&mMutex);
+    }
+
+  private:
+    pthread_mutex_t mMutex;
+    Condition mNobodyWaits;          // mWaiting fell to 0 while a pass waited
+    std::atomic<int> mWaiting{0};    // threads inside lock() that do not have the mutex yet
+    bool mPassWaiting = false;       // guarded by mMutex
+};
+
+// Holds a Mutex or a ReaderMutex for a scope.
+template <typename MutexType>
+class ORVEL_SCOPED_CAPABILITY ScopedLock {
+  public:
+    explicit ScopedLock(MutexType& mutex) ORVEL_ACQUIRE(mutex) : mMutex(mutex) { mMutex.lock(); }
+    ~ScopedLock() ORVEL_RELEASE() { mMutex.unlock(); }
+    ScopedLock(const ScopedLock&) = delete;
+    ScopedLock& operator=(const ScopedLock&) = delete;
+
+  private:
+    MutexType& mMutex;
+};
+
+// Holds a ReaderMutex for a read-ahead pass.
+class ORVEL_SCOPED_CAPABILITY PassLock {
+  public:
+    explicit PassLock(ReaderMutex& mutex) ORVEL_ACQUIRE(mutex) : mMutex(mutex) {
+        mMutex.lockForPass();
+    }
+    ~PassLock() ORVEL_RELEASE() { mMutex.unlock(); }
+    PassLock(const PassLock&) = delete;
+    PassLock& operator=(const PassLock&) = delete;
+
+  private:
+    ReaderMutex& mMutex;
+};
+
+}  // namespace orvel

@@ -1,0 +1,153 @@
+// A started track and its packet cache.
+
+#define LOG_TAG "FFmpegReader"
+#include "ReaderTrack.h"
+
+#include <strings.h>
+
+#include <log/log.h>
+#include <media/stagefright/foundation/ADebug.h>
+#include <media/stagefright/foundation/MediaDefs.h>
+
+#include "OrvelMediaBuffer.h"
+#include "PresentationTimes.h"
+
+namespace orvel {
+
+using namespace android;
+
+namespace {
+
+constexpr int32_t kDefaultBufferSize = 0x40000;
+
+// Above the first, and from the second on, a cache counts as full.
+constexpr size_t kMaxAudioPackets = 64;
+constexpr size_t kFullVideoPackets = 31;
+
+const char* findText(const OrvelMetaData& meta, uint32_t key) {
+    const char* text = nullptr;
+    CHECK(meta.findCString(key, &text));
+    return text != nullptr ? text : "";
+}
+
+size_t findNalLengthSize(const OrvelMetaData& meta) {
+    int32_t size = 0;
+    meta.findInt32(kKeyNalLengthSize, &size);
+    return static_cast<size_t>(size);
+}
+
+FFmpegReader::Track::Conversion conversionFor(const OrvelMetaData& meta) {
+    using Conversion = FFmpegReader::Track::Conversion;
+    const char* mime = findText(meta, kKeyMIMEType);
+    if (strcasecmp(mime, MEDIA_MIMETYPE_AUDIO_RAW) == 0) return Conversion::RawAudio;
+    const bool nalUnits = strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_AVC) == 0 ||
+                          strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_HEVC) == 0;
+    return nalUnits && findNalLengthSize(meta) != 0 ? Conversion::NalUnits : Conversion::Copy;
+}
+
+}  // namespace
+
+FFmpegReader::Cache::~Cache() {
+    flush();
+}
+
+status_t FFmpegReader::Cache::queueBuffer(AVPacket* packet) {
+    if (packet == nullptr) return BAD_VALUE;
+    ScopedLock<Mutex> lock(mLock);
+    mPackets.push(packet);
+    mCondition.signal();
+    return OK;
+}
+
+void FFmpegReader::Cache::waitForPacketOrEnd() {
+    while (mEOSResult == OK && mPackets.empty())
+        mCondition.wait(mLock);
+}
+
+status_t FFmpegReader::Cache::dequeueBuffer(AVPacket** packet) {
+    ScopedLock<Mutex> lock(mLock);
+    waitForPacketOrEnd();
+    if (mPackets.empty()) return mEOSResult;
+    *packet = mPackets.pop();
+    return OK;
+}
+
+status_t FFmpegReader::Cache::showNextBuffer(AVPacket** packet) {
+    ScopedLock<Mutex> lock(mLock);
+    waitForPacketOrEnd();
+    if (mPackets.empty()) return mEOSResult;
+    *packet = mPackets.front();
+    return OK;
+}
+
+bool FFmpegReader::Cache::empty() {
+    ScopedLock<Mutex> lock(mLock);
+    return mPackets.empty();
+}
+
+size_t FFmpegReader::Cache::getCacheSize() {
+    ScopedLock<Mutex> lock(mLock);
+    return mPackets.size();
+}
+
+bool FFmpegReader::Cache::hasEnded() {
+    ScopedLock<Mutex> lock(mLock);
+    return mEOSResult != OK;
+}
+
+void FFmpegReader::Cache::signalEOS(status_t status) {
+    ScopedLock<Mutex> lock(mLock);
+    mEOSResult = status;
+    mCondition.signal();
+}
+
+void FFmpegReader::Cache::flush() {
+    ScopedLock<Mutex> lock(mLock);
+    while (!mPackets.empty()) {
+        AVPacket* packet = mPackets.pop();
+        av_packet_free(&packet);
+    }
+    mEOSResult = OK;
+}
+
+FFmpegReader::Track::Track(int32_t trackIndex, AVFormatContext* context,
+                           Vector<FFmpegObject::TrackInfo>& infos, void* bufferGroup)
+    : mCache(new Cache),
+      mTrackInfo(&infos.editItemAt(static_cast<size_t>(trackIndex))),
+      mBufferGroup(new OrvelMediaBufferGroup(static_cast<MediaBufferGroupHelper*>(bufferGroup))),
+      mStream(context->streams[mTrackInfo->streamIndex]),
+      mMediaType(mStream->codecpar->codec_type),
+      mConversion(conversionFor(mTrackInfo->meta)),
+      mNalLengthSize(findNalLengthSize(mTrackInfo->meta)),
+      mIsAiff(strcasecmp(findText(mTrackInfo->meta, kKeyFileFormat), MEDIA_MIMETYPE_AUDIO_AIFF) ==
+              0),
+      mIsVideo(strncasecmp(findText(mTrackInfo->meta, kKeyMIMEType), "video/", 6) == 0) {
+    uint32_t max_size = kDefaultBufferSize;
+    CHECK(mTrackInfo->meta.findInt32(kKeyMaxInputSize, (int32_t*)&max_size));
+    mBufferGroup->init(1, max_size, 0);
+    if (mMediaType != AVMEDIA_TYPE_SUBTITLE) mStream->discard = AVDISCARD_DEFAULT;
+    compat::copyParametersToStreamCodec(mStream);
+}
+
+FFmpegReader::Track::~Track() = default;
+
+void FFmpegReader::Track::reset() {
+    mCache.clear();
+    mTrackInfo = nullptr;
+    if (mBuffer != nullptr) {
+        mBuffer->release();
+        mBuffer = nullptr;
+    }
+    delete mBufferGroup;
+    mBufferGroup = nullptr;
+    mStream->discard = AVDISCARD_ALL;
+    mStream = nullptr;
+}
+
+bool FFmpegReader::Track::isFull() const {
+    if (mMediaType == AVMEDIA_TYPE_AUDIO) return mCache->getCacheSize() > kMaxAudioPackets;
+    if (mMediaType == AVMEDIA_TYPE_VIDEO) return mCache->getCacheSize() >= kFullVideoPackets;
+    return false;
+}
+
+}  // namespace orvel

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "FFmpegReader.h"
+#include "OrvelMediaBuffer.h"
+#include "PacketQueue.h"
+
+namespace orvel {
+
+// The hand-over point between the looper thread, which appends packets, and the one framework
+// thread that reads the track. Owns the packets in it. Open until signalEOS, then ended: the
+// packets left are delivered, and then the status, each time. flush opens it again.
+class FFmpegReader::Cache : public android::RefBase {
+  public:
+    // Takes ownership and wakes the consumer; BAD_VALUE for null.
+    android::status_t queueBuffer(AVPacket* packet);
+
+    // Waits, without limit, for a packet or the end. OK hands the oldest packet to the caller;
+    // otherwise the status that ended the cache.
+    android::status_t dequeueBuffer(AVPacket** packet);
+
+    // As dequeueBuffer, but the packet stays queued and the cache's.
+    android::status_t showNextBuffer(AVPacket** packet);
+
+    bool empty();
+    size_t getCacheSize();  // packets, of any size
+    bool hasEnded();
+    void signalEOS(android::status_t status);
+
+    // Frees the packets and opens the cache. Wakes nobody.
+    void flush();
+
+  protected:
+    ~Cache() override;
+
+  private:
+    void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
+
+    Mutex mLock;  // the innermost lock: nothing is locked under it
+    Condition mCondition;  // a packet was queued, or the end signalled
+    PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
+    android::status_t mEOSResult ORVEL_GUARDED_BY(mLock) = android::OK;
+};
+
+// A started track. Made and reset on the looper thread under the reader's lock, which also guards
+// every field that is not const.
+class FFmpegReader::Track : public android::RefBase {
+  public:
+    // How a packet becomes a sample.
+    enum class Conversion { Copy, RawAudio, NalUnits };
+
+    // Makes the cache and the buffer group over bufferGroup (a MediaBufferGroupHelper*, not owned)
+    // and switches the stream on in the demuxer.
+    Track(int32_t trackIndex, AVFormatContext* context,
+          android::Vector<FFmpegObject::TrackInfo>& infos, void* bufferGroup);
+
+    // Drops everything and switches the stream off. Before the track itself is dropped.
+    void reset();
+
+    // Packets, as the full rule counts them.
+    bool isFull() const;
+
+    android::sp<Cache> mCache;             // set by the constructor, cleared by reset
+    FFmpegObject::TrackInfo* mTrackInfo;   // the container object's
+    OrvelMediaBufferGroup* mBufferGroup;   // owned
+    IOrvelMediaBuffer* mBuffer = nullptr;  // being filled; null between reads
+    AVStream* mStream;                     // the format context's
+    int32_t mSubtitleIndex = 0;  // subtitle tracks: the next entry of the stream's index to read
+
+    bool mSubtitleSeeked = false;  // the flush after a seek of mSubtitleIndex has not run
+
+    // A read-ahead request for this stream was dropped while reading was paused.
+    bool mRequestDropped = false;
+    // Video: what the last seek knew of the index's presentation times; null for nothing.
+    std::shared_ptr<const PresentationTimes> mPresentationTimes;
+
+    // What the track format says, looked up once.
+    const AVMediaType mMediaType;
+    const Conversion mConversion;
+    const size_t mNalLengthSize;  // bytes, for NalUnits
+    const bool mIsAiff;           // for RawAudio
+    const bool mIsVideo;          // "mime" begins with "video/"
+
+  protected:
+    ~Track() override;
+};
+
+}  // namespace orvel
