@@ -8,9 +8,10 @@
 
 namespace android {
 
-struct AMessage;
-
 #pragma GCC visibility push(default)
+
+// Inside, since a class keeps the visibility of its first declaration.
+struct AMessage;
 
 struct ABuffer : public RefBase {
     // Owns `capacity` bytes, not initialised, all of them in the range. Without memory for them the

@@ -8,9 +8,10 @@
 
 namespace android {
 
-struct AMessage;
-
 #pragma GCC visibility push(default)
+
+// Inside, since a class keeps the visibility of its first declaration.
+struct AMessage;
 
 // Registered with one looper at a time, before the first message for it is made.
 struct AHandler : public RefBase {

@@ -10,11 +10,13 @@
 
 namespace android {
 
-struct AHandler;
-struct AMessage;
 class LooperCore;
 
 #pragma GCC visibility push(default)
+
+// Inside, since a class keeps the visibility of its first declaration.
+struct AHandler;
+struct AMessage;
 
 // Messages are delivered one at a time, by the time at which they are due, those of equal time in
 // the order of posting. The handler is held strongly while it handles a message.

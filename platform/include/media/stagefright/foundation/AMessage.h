@@ -14,10 +14,12 @@
 
 namespace android {
 
-struct ABuffer;
 class LooperCore;
 
 #pragma GCC visibility push(default)
+
+// Inside, since a class keeps the visibility of its first declaration.
+struct ABuffer;
 
 // Stands for a sender that waits. When the last reference to it goes without a reply, the wait ends
 // with -ENOENT: nobody could answer any more.
