@@ -90,19 +90,14 @@ struct FrameworkAdapter : testing::Test {
 
 TEST_F(FrameworkAdapter, Start_HandsOverAGroupAndReplacesItWhenRepeated) {
     FakeGroup second;
-    {
-        android::CMediaTrack* const other =
-                android::wrap(new WrapOrvelSource(new FakeTrack(&trackDiedFirst)));
-        group.answers = {{nullptr, AMEDIA_OK}};
-        EXPECT_EQ(other->start(other->data, &group.table), AMEDIA_OK);
-        other->free(other->data);
-        free(other);
-        EXPECT_TRUE(trackDiedFirst);
-    }
-    EXPECT_EQ(track->start(track->data, &group.table), AMEDIA_OK);
-    EXPECT_TRUE(fakeTrack->group->has_buffers());
+    group.answers = {{nullptr, AMEDIA_OK}};
     EXPECT_EQ(track->start(track->data, &second.table), AMEDIA_OK);
     EXPECT_FALSE(fakeTrack->group->has_buffers());
+    EXPECT_EQ(track->start(track->data, &group.table), AMEDIA_OK);
+    EXPECT_TRUE(fakeTrack->group->has_buffers());
+    track->free(track->data);
+    track->data = nullptr;
+    EXPECT_TRUE(trackDiedFirst);
 }
 
 TEST_F(FrameworkAdapter, Failure_IsTranslatedAndCopiesNothingOut) {

@@ -3,14 +3,11 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
-#include <algorithm>
 #include <functional>
-#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "MetaKeyTables.h"
 #include "OrvelMetaData.h"
 #include "log_capture.h"
 
@@ -114,26 +111,6 @@ TEST(MetaData, EveryKey_WritesAndReadsTheFrameworkEntryOfItsName) {
                                      &written[3]));
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(written[i] == i + 1 && found[i] == i + 1);
-}
-
-TEST(MetaKeyTable, AnyKey_FindsTheFirstRowThatHoldsItOrNone) {
-    const MetaKeyTable* tables[] = {&kCStringKeys, &kFloatKeys,  &kInt64Keys, &kInt32Keys,
-                                    &kCsdKeys,     &kBufferKeys, &kRectKeys,  &kPointerKeys};
-    std::vector<uint32_t> keys = {0, UINT32_MAX};
-    for (const MetaKeyTable* table : tables) {
-        for (const MetaKeyRow& row : *table)
-            keys.push_back(row.key);
-    }
-    std::mt19937 random(1);
-    for (int i = 0; i < 20000; ++i)
-        keys.push_back(static_cast<uint32_t>(random()));
-    for (const MetaKeyTable* table : tables) {
-        for (const uint32_t key : keys) {
-            const auto* row = std::find_if(table->begin(), table->end(),
-                                           [&](const MetaKeyRow& each) { return each.key == key; });
-            ASSERT_EQ(table->findName(key), row == table->end() ? nullptr : row->name) << key;
-        }
-    }
 }
 
 TEST(MetaData, UnknownKey_IsRefusedWithOneLineAndNothingStored) {
