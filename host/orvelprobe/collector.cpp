@@ -1,0 +1,379 @@
+#include "collector.h"
+
+#include <standin/looper_control.h>
+#include <strings.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "decline_reason.h"
+#include "extract.h"
+#include "framework/FaultSource.h"
+#include "framework/FileSource.h"
+#include "framework/Player.h"
+#include "framework/Plugin.h"
+#include "framework/SourceDecorators.h"
+#include "log_capture.h"
+#include "md5.h"
+#include "plugin_path.h"
+#include "text.h"
+
+namespace orvel::probe {
+namespace {
+
+constexpr size_t kMaxNotes = 6;
+constexpr uint64_t kSamplesAfterSeek = 1;  // unless --limit says otherwise
+
+// The file and what is put in front of it. Short reads stand in front of the fault, so that only
+// those which touch the bad byte fail.
+class Source {
+  public:
+    Source(const std::string& path, const SourceOptions& options) {
+        add(std::make_unique<host::FileSource>(path));
+        if (options.errorAt >= 0) {
+            host::Fault fault;
+            fault.atOffset = options.errorAt;
+            add(std::make_unique<host::FaultSource>(top(), fault));
+        }
+        if (options.shortBytes > 0) {
+            add(std::make_unique<host::ShortReadSource>(top(), options.shortBytes));
+        }
+        if (options.latencyUs > 0) {
+            add(std::make_unique<host::DelaySource>(top(),
+                                                    std::chrono::microseconds(options.latencyUs)));
+        }
+        if (options.unknownSize) add(std::make_unique<host::UnknownSizeSource>(top()));
+    }
+    ~Source() {
+        while (!mLayers.empty())
+            mLayers.pop_back();
+    }
+    host::DataSource& top() { return *mLayers.back(); }
+
+  private:
+    void add(std::unique_ptr<host::DataSource> layer) { mLayers.push_back(std::move(layer)); }
+    std::vector<std::unique_ptr<host::DataSource>> mLayers;
+};
+
+std::string tracksText(size_t count) {
+    if (count == 0) return "it has no tracks";
+    return count == 1 ? "its only track is 0" : "its tracks are 0 to " + std::to_string(count - 1);
+}
+
+bool isVideo(const FormatReport& format) {
+    return strncasecmp(format.text(host::kKeyMime).c_str(), "video/", 6) == 0;
+}
+
+}  // namespace
+
+// Everything that is open for the file, in an order in which the members can be destroyed.
+class Collector::Session {
+  public:
+    Session(const Options& options, ChildState& state, Report& report)
+        : mOptions(options), mState(state), mReport(report) {}
+
+    void run(const std::function<void(const Report&)>& beforeReading);
+
+  private:
+    bool sniffAndCreate();
+    void describe();
+    void writeCover();
+    void read();
+    void seek();
+    void openWriters();
+    void closeWriters();
+    void noteReadEnd(const TrackReport& track, bool started);
+    void count(size_t track, const host::Buffer& buffer, int64_t timeUs);
+    Sample toSample(const host::Buffer& buffer);
+    TrackReport& trackReport(size_t index);
+    std::vector<size_t> selected() const;
+
+    const Options& mOptions;
+    ChildState& mState;
+    Report& mReport;
+
+    LogCapture mLog;
+    Md5Hasher mMd5;
+    std::optional<host::Plugin> mPlugin;
+    std::optional<Source> mSource;
+    std::optional<host::Extractor> mExtractor;
+    std::optional<host::Player> mPlayer;
+    std::map<size_t, std::unique_ptr<SampleWriter>> mWriters;
+};
+
+Collector::Collector(const Options& options, ChildState& state)
+    : mOptions(options), mState(state) {}
+
+Collector::~Collector() {
+    mSession.reset();
+    // The process is about to end: no thread may still be inside the plug-in.
+    standin::waitForLooperThreads();
+}
+
+Report Collector::run(const std::string& file,
+                      const std::function<void(const Report&)>& beforeReading) {
+    Report report;
+    report.file = file;
+    report.listSamples = mOptions.samples;
+    try {
+        mSession = std::make_unique<Session>(mOptions, mState, report);
+        mSession->run(beforeReading);
+    } catch (const std::exception& error) {
+        report.fail(kExitUsage, error.what());
+    }
+    return report;
+}
+
+void Collector::Session::run(const std::function<void(const Report&)>& beforeReading) {
+    mState.step = Step::LoadPlugin;
+    try {
+        mPlugin.emplace(findPlugin(mOptions.pluginPath));
+    } catch (const std::exception&) {
+        mState.noPlugin = true;
+        throw;
+    }
+    mSource.emplace(mReport.file, mOptions.source);
+    mReport.opened = true;
+    if (sniffAndCreate()) {
+        describe();
+        if (!mOptions.coverPath.empty()) writeCover();
+        if (mOptions.read || !mOptions.seeks.empty()) beforeReading(mReport);
+        if (!mOptions.seeks.empty()) {
+            seek();
+        } else if (mOptions.read) {
+            read();
+        }
+        mReport.notes = mLog.warnings(kMaxNotes);
+    }
+}
+
+bool Collector::Session::sniffAndCreate() {
+    mState.step = Step::Sniff;
+    mLog.takeRecent();
+    host::SniffResult result = mPlugin->sniff(mSource->top());
+    mReport.taken = result.taken();
+    if (!result.taken()) {
+        mReport.declinedBecause = declineReason(mLog.takeRecent(), mOptions.containerMask());
+        mReport.exitCode = kExitDeclined;
+        return false;
+    }
+    mReport.confidence = result.confidence();
+    mState.step = Step::Create;
+    mExtractor = mPlugin->create(mSource->top(), std::move(result));
+    if (!mExtractor) {
+        mReport.fail(kExitFailed, "the plug-in took the file, but made no extractor for it");
+        return false;
+    }
+    return true;
+}
+
+void Collector::Session::describe() {
+    mState.step = Step::Describe;
+    mReport.extractor = mExtractor->name();
+    host::Format format;
+    const android::status_t status = mExtractor->fileFormat(&format);
+    if (status != android::OK) {
+        mReport.fail(kExitFailed, "the file's format cannot be had: " + statusText(status));
+    }
+    mReport.format.entries = format.entries();
+    const size_t tracks = mExtractor->countTracks();
+    for (size_t i = 0; i < tracks; i++) {
+        if (!mOptions.wants(i)) continue;
+        host::Format trackFormat;
+        const android::status_t trackStatus = mExtractor->trackFormat(i, 0, &trackFormat);
+        if (trackStatus != android::OK) {
+            mReport.fail(kExitFailed, "the format of track " + std::to_string(i) +
+                                              " cannot be had: " + statusText(trackStatus));
+        }
+        TrackReport& track = mReport.tracks.emplace_back();
+        track.index = i;
+        track.format.entries = trackFormat.entries();
+        const int64_t* durationUs = track.format.find<int64_t>(host::kKeyDurationUs);
+        if (durationUs) mState.durationUs = std::max<int64_t>(mState.durationUs, *durationUs);
+    }
+    for (const size_t wanted : mOptions.tracks) {
+        if (wanted < tracks) continue;
+        mReport.fail(kExitUsage,
+                     "there is no track " + std::to_string(wanted) + "; " + tracksText(tracks));
+    }
+}
+
+void Collector::Session::writeCover() {
+    const auto* cover = mReport.format.find<host::FormatBytes>("albumart");
+    if (!cover) {
+        mReport.fail(kExitUsage, "there is no album art to write to " + mOptions.coverPath);
+        return;
+    }
+    writeFile(mOptions.coverPath, cover->data(), cover->size());
+    mReport.written.push_back(mOptions.coverPath + ": album art, " + sizeText(cover->size()));
+}
+
+std::vector<size_t> Collector::Session::selected() const {
+    std::vector<size_t> indices;
+    for (const TrackReport& track : mReport.tracks)
+        indices.push_back(track.index);
+    return indices;
+}
+
+TrackReport& Collector::Session::trackReport(size_t index) {
+    return *std::find_if(mReport.tracks.begin(), mReport.tracks.end(),
+                         [index](const TrackReport& track) { return track.index == index; });
+}
+
+Sample Collector::Session::toSample(const host::Buffer& buffer) {
+    Sample sample;
+    sample.timeUs = buffer.timeUs().value_or(0);
+    sample.size = buffer.size();
+    sample.sync = buffer.isSync().value_or(false);
+    if (mOptions.json) sample.md5 = mMd5.of(buffer.data(), buffer.size());
+    sample.targetTimeUs = buffer.targetTimeUs();
+    return sample;
+}
+
+void Collector::Session::count(size_t track, const host::Buffer& buffer, int64_t timeUs) {
+    mState.track = track;
+    mState.timeUs = timeUs;
+    mState.bytes.fetch_add(buffer.size(), std::memory_order_relaxed);
+    mState.samples.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Collector::Session::openWriters() {
+    for (const auto& [index, path] : mOptions.extract) {
+        const auto track =
+                std::find_if(mReport.tracks.begin(), mReport.tracks.end(),
+                             [i = index](const auto& other) { return other.index == i; });
+        if (track == mReport.tracks.end()) {
+            mReport.fail(kExitUsage, "there is no track " + std::to_string(index) +
+                                             " to extract; " +
+                                             tracksText(mExtractor->countTracks()));
+            continue;
+        }
+        try {
+            mWriters[index] = makeSampleWriter(track->format, path);
+        } catch (const ExtractError& error) {
+            mReport.fail(kExitUsage, "track " + std::to_string(index) +
+                                             " cannot be extracted: " + error.what());
+        }
+    }
+}
+
+void Collector::Session::closeWriters() {
+    for (auto& [index, writer] : mWriters) {
+        try {
+            if (!writer) continue;
+            writer->finish();
+            mReport.written.push_back(mOptions.extract.at(index) + ": track " +
+                                      std::to_string(index) + ", " + writer->form());
+        } catch (const ExtractError& error) {
+            mReport.fail(kExitUsage, error.what());
+        }
+    }
+    mWriters.clear();
+}
+
+void Collector::Session::read() {
+    openWriters();
+    mState.step = Step::StartTracks;
+    mPlayer.emplace(*mExtractor, selected());
+    mState.step = Step::Read;
+    for (TrackReport& track : mReport.tracks)
+        track.read.emplace();
+
+    host::Player::Options how;
+    if (mOptions.limit > 0) how.limitPerTrack = mOptions.limit;
+    const auto onSample = [this](size_t index, const host::Buffer& buffer) {
+        TrackReport& track = trackReport(index);
+        ReadReport& read = *track.read;
+        const int64_t timeUs = buffer.timeUs().value_or(0);
+        read.firstUs = read.count == 0 ? timeUs : std::min(read.firstUs, timeUs);
+        read.lastUs = read.count == 0 ? timeUs : std::max(read.lastUs, timeUs);
+        read.count++;
+        read.bytes += buffer.size();
+        if (buffer.isSync().value_or(false)) read.syncCount++;
+        if (mOptions.samples) track.samples.push_back(toSample(buffer));
+        count(index, buffer, timeUs);
+        const auto writer = mWriters.find(index);
+        if (writer != mWriters.end() && writer->second) {
+            try {
+                writer->second->sample(buffer.data(), buffer.size(), timeUs);
+            } catch (const ExtractError& error) {
+                mReport.fail(kExitUsage, "track " + std::to_string(index) +
+                                                 " cannot be extracted: " + error.what());
+                writer->second.reset();
+            }
+        }
+        return true;
+    };
+    const auto begin = std::chrono::steady_clock::now();
+    const auto results = mPlayer->play(how, onSample);
+    mReport.readSeconds =
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    closeWriters();
+    for (size_t position = 0; position < results.size(); position++) {
+        TrackReport& track = trackReport(results[position].index);
+        track.read->end = results[position].status;
+        noteReadEnd(track, mPlayer->track(position) != nullptr);
+    }
+}
+
+void Collector::Session::noteReadEnd(const TrackReport& track, bool started) {
+    const ReadReport& read = *track.read;
+    if (read.end == android::OK || read.end == android::ERROR_END_OF_STREAM) return;
+    std::string text = "track " + std::to_string(track.index);
+    if (!started) {
+        text += " could not be started: " + statusText(read.end);
+    } else {
+        text += ": reading ended with " + statusText(read.end) + " after " +
+                countText(read.count, "sample");
+        if (read.count > 0) text += ", the latest at " + secondsText(read.lastUs);
+    }
+    mReport.fail(kExitFailed, text + "; try --log debug for what the plug-in says");
+}
+
+void Collector::Session::seek() {
+    mState.step = Step::StartTracks;
+    mPlayer.emplace(*mExtractor, selected());
+    mState.step = Step::Seek;
+    for (const SeekRequest& request : mOptions.seeks) {
+        SeekReport& seek = mReport.seeks.emplace_back();
+        seek.timeUs = request.timeUs;
+        seek.mode = request.mode;
+        for (const TrackReport& track : mReport.tracks) {
+            seek.tracks.push_back({track.index, isVideo(track.format), 0, {}});
+        }
+        host::Player::Options how;
+        how.seek =
+                host::ReadOptions::Seek{request.timeUs, static_cast<host::SeekMode>(request.mode)};
+        how.limitPerTrack = mOptions.limit > 0 ? mOptions.limit : kSamplesAfterSeek;
+        const auto onSample = [this, &seek](size_t index, const host::Buffer& buffer) {
+            const auto track =
+                    std::find_if(seek.tracks.begin(), seek.tracks.end(),
+                                 [index](const auto& one) { return one.index == index; });
+            track->samples.push_back(toSample(buffer));
+            count(index, buffer, track->samples.back().timeUs);
+            return true;
+        };
+        const auto results = mPlayer->play(how, onSample);
+        for (size_t i = 0; i < results.size(); i++) {
+            // An end of stream after the first sample is no news; an error is.
+            const bool ended = results[i].status == android::ERROR_END_OF_STREAM;
+            const int32_t status = results[i].seekStatus != android::OK || ended
+                                           ? results[i].seekStatus
+                                           : results[i].status;
+            seek.tracks[i].status = status;
+            if (status != android::OK && status != android::ERROR_END_OF_STREAM) {
+                mReport.fail(kExitFailed, "track " + std::to_string(results[i].index) +
+                                                  ": the seek to " + secondsText(request.timeUs) +
+                                                  " (" + seekModeName(request.mode) +
+                                                  ") ended with " + statusText(status) +
+                                                  "; try --log debug for what the plug-in says");
+            }
+        }
+    }
+}
+
+}  // namespace orvel::probe

@@ -1,0 +1,49 @@
+#include "file_list.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace orvel::probe {
+namespace {
+
+namespace fs = std::filesystem;
+
+// An own walk, because the library's recursive one ends at the first folder that it cannot read.
+void walk(const fs::path& folder, std::vector<std::string>* files, FileList* list) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored;
+        if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
+            walk(entry->path(), files, list);
+        } else if (entry->is_regular_file(ignored)) {
+            files->push_back(entry->path().string());
+        }
+    }
+    if (error) list->errors.push_back(folder.string() + ": " + error.message());
+}
+
+}  // namespace
+
+FileList expandFiles(const std::vector<std::string>& arguments) {
+    FileList list;
+    for (const std::string& argument : arguments) {
+        std::error_code error;
+        if (!fs::is_directory(argument, error)) {
+            list.files.push_back(argument);
+            continue;
+        }
+        std::vector<std::string> below;
+        const size_t errorsBefore = list.errors.size();
+        walk(argument, &below, &list);
+        if (below.empty() && list.errors.size() == errorsBefore) {
+            list.errors.push_back(argument + ": no file below this folder");
+        }
+        std::sort(below.begin(), below.end());
+        list.files.insert(list.files.end(), below.begin(), below.end());
+    }
+    return list;
+}
+
+}  // namespace orvel::probe

@@ -1,0 +1,68 @@
+#include "log_capture.h"
+
+#include <android/log.h>
+#include <standin/log_control.h>
+
+#include <algorithm>
+
+#include "text.h"
+
+namespace orvel::probe {
+namespace {
+
+constexpr size_t kMaxRecent = 64;
+constexpr size_t kMaxDifferentWarnings = 64;
+
+}  // namespace
+
+LogCapture::LogCapture() {
+    standin::setLogHook(onLine, this);
+}
+
+LogCapture::~LogCapture() {
+    standin::setLogHook(nullptr, nullptr);
+}
+
+void LogCapture::onLine(void* cookie, int priority, const char* tag, const char* text) {
+    if (priority < ANDROID_LOG_INFO) return;
+    auto* self = static_cast<LogCapture*>(cookie);
+    const std::lock_guard<std::mutex> lock(self->mMutex);
+    self->mRecent.emplace_back(text);
+    if (self->mRecent.size() > kMaxRecent) self->mRecent.pop_front();
+    if (priority < ANDROID_LOG_WARN) return;
+    std::string line = std::string(tag) + ": " + text;
+    const auto known = std::find_if(self->mWarnings.begin(), self->mWarnings.end(),
+                                    [&line](const Warning& other) { return other.text == line; });
+    if (known != self->mWarnings.end()) {
+        known->count++;
+    } else if (self->mWarnings.size() < kMaxDifferentWarnings) {
+        self->mWarnings.push_back({std::move(line), 1});
+    } else {
+        self->mOtherWarnings++;
+    }
+}
+
+std::vector<std::string> LogCapture::takeRecent() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    std::vector<std::string> lines(mRecent.begin(), mRecent.end());
+    mRecent.clear();
+    return lines;
+}
+
+std::vector<std::string> LogCapture::warnings(size_t maxLines) const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    std::vector<std::string> lines;
+    size_t more = mOtherWarnings;
+    for (const Warning& warning : mWarnings) {
+        if (lines.size() < maxLines) {
+            lines.push_back(warning.text);
+            if (warning.count > 1) lines.back() += " (" + countText(warning.count, "time") + ")";
+        } else {
+            more += warning.count;
+        }
+    }
+    if (more > 0) lines.push_back("and " + countText(more, "line") + " more");
+    return lines;
+}
+
+}  // namespace orvel::probe

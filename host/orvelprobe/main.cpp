@@ -1,0 +1,192 @@
+// The command: expands the files, has each handled by a child, writes the results in order.
+#include <cutils/properties.h>
+#include <standin/log_control.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+#include "collector.h"
+#include "file_list.h"
+#include "json_output.h"
+#include "options.h"
+#include "progress_line.h"
+#include "supervisor.h"
+#include "text_output.h"
+
+namespace orvel::probe {
+namespace {
+
+// Between a page that may be replaced and the one that replaces it; no page holds this byte.
+constexpr char kPageEnd = '\0';
+
+TextStyle terminalStyle(const Options& options) {
+    TextStyle style;
+    style.allKeys = options.keys;
+    if (!isatty(STDOUT_FILENO)) return style;
+    const char* terminal = getenv("TERM");
+    const char* noColour = getenv("NO_COLOR");
+    style.colour = terminal && strcmp(terminal, "dumb") != 0 && !(noColour && *noColour);
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) style.width = size.ws_col;
+    return style;
+}
+
+std::string endingText(const Outcome& outcome, double timeoutSeconds) {
+    char seconds[32];
+    snprintf(seconds, sizeof(seconds), "%g", timeoutSeconds);
+    switch (outcome.how) {
+        case Outcome::How::Crashed: {
+            const char* name = sigabbrev_np(outcome.number);
+            return "crashed by signal " + std::to_string(outcome.number) +
+                   (name ? std::string(" (SIG") + name + ") " : " ") + outcome.whereabouts +
+                   "; try --log verbose for what the plug-in did last";
+        }
+        case Outcome::How::TimedOut:
+            return std::string("timed out after ") + seconds + " s " + outcome.whereabouts +
+                   "; --timeout SECONDS gives it longer";
+        default:
+            return "ended by itself with exit status " + std::to_string(outcome.number) + " " +
+                   outcome.whereabouts + "; see stderr";
+    }
+}
+
+class Command {
+  public:
+    explicit Command(const Options& options)
+        : mOptions(options), mStyle(terminalStyle(options)), mProgress(true) {}
+
+    int run() {
+        FileList list = expandFiles(mOptions.files);
+        mFiles = std::move(list.files);
+        for (const std::string& error : list.errors) {
+            fprintf(stderr, "orvelprobe: %s\n", error.c_str());
+            mExitCode = kExitUsage;
+        }
+        if (mFiles.size() > 1 && (!mOptions.extract.empty() || !mOptions.coverPath.empty())) {
+            fputs("orvelprobe: --extract and --cover need exactly one FILE\n", stderr);
+            return kExitUsage;
+        }
+        Supervisor supervisor(
+                {mOptions.jobs, std::chrono::duration<double>(mOptions.timeoutSeconds)},
+                [this](size_t index, ChildState& state, FILE* out) {
+                    return inChild(index, state, out);
+                },
+                [this](size_t index, const Outcome& outcome) { return deliver(index, outcome); },
+                [this](size_t index, const ChildState* state) {
+                    mProgress.draw(mFiles[index], index, mFiles.size(), state);
+                });
+        supervisor.run(mFiles.size());
+        return mExitCode;
+    }
+
+  private:
+    void write(const Report& report, FILE* out) const {
+        if (mOptions.json) {
+            writeJson(report, out);
+        } else {
+            writeText(report, mStyle, out);
+        }
+    }
+
+    int inChild(size_t index, ChildState& state, FILE* out) const {
+        for (const auto& [key, value] : mOptions.properties) {
+            property_set(key.c_str(), value.c_str());
+        }
+        standin::setLogLevel(mOptions.logPriority);
+        Collector collector(mOptions, state);
+        const Report report = collector.run(mFiles[index], [this, out](const Report& soFar) {
+            // A page to fall back on; a machine wants one object or the error.
+            if (mOptions.json) return;
+            write(soFar, out);
+            fputc(kPageEnd, out);
+            fflush(out);
+        });
+        state.step = Step::Output;
+        write(report, out);
+        state.setError(report.error);
+        state.outputDone = fclose(out) == 0;
+        state.step = Step::Close;
+        return report.exitCode;
+    }
+
+    bool deliver(size_t index, const Outcome& outcome) {
+        mProgress.clear();
+        if (outcome.noPlugin) {
+            mExitCode = kExitUsage;
+            fprintf(stderr, "orvelprobe: %s\n", outcome.error.c_str());
+            return false;
+        }
+        const size_t fallback = outcome.output.rfind(kPageEnd);
+        std::string page;
+        if (outcome.outputDone) {
+            page = outcome.output.substr(fallback == std::string::npos ? 0 : fallback + 1);
+        } else if (fallback != std::string::npos) {
+            page = outcome.output.substr(0, fallback);
+        }
+        std::string error = outcome.error;
+        int exitCode = outcome.exitCode;
+        if (outcome.how != Outcome::How::Finished) {
+            const std::string ending = endingText(outcome, mOptions.timeoutSeconds);
+            writeBroken(index, page, ending);
+            error = error.empty() ? ending : error + "; " + ending;
+            exitCode = kExitFailed;
+        } else {
+            fputs(page.c_str(), stdout);
+        }
+        mExitCode = std::max(mExitCode, exitCode);
+        if (fflush(stdout) != 0) {
+            fprintf(stderr, "orvelprobe: cannot write to stdout: %s\n", strerror(errno));
+            mExitCode = std::max<int>(mExitCode, kExitUsage);
+            return false;
+        }
+        // One line for a log or a pipeline; on a terminal the page has just said it.
+        const bool seen = !mOptions.json && isatty(STDOUT_FILENO) && isatty(STDERR_FILENO);
+        if (!error.empty() && !seen) {
+            fprintf(stderr, "orvelprobe: %s: %s\n", mFiles[index].c_str(), error.c_str());
+        }
+        return true;
+    }
+
+    // The page that the file got as far as, if any, and how it ended.
+    void writeBroken(size_t index, const std::string& page, const std::string& ending) const {
+        if (page.empty()) {
+            Report report;
+            report.file = mFiles[index];
+            report.error = ending;
+            return write(report, stdout);
+        }
+        if (mOptions.json) {
+            fputs(addJsonError(page, ending).c_str(), stdout);
+        } else {
+            fputs(page.substr(0, page.size() - 1).c_str(), stdout);  // without its empty line
+            writeTextError(ending, mStyle, stdout);
+        }
+    }
+
+    const Options& mOptions;
+    const TextStyle mStyle;
+    ProgressLine mProgress;
+    std::vector<std::string> mFiles;
+    int mExitCode = kExitFine;
+};
+
+}  // namespace
+}  // namespace orvel::probe
+
+int main(int argc, char** argv) {
+    orvel::probe::Options options;
+    const int done = orvel::probe::parseOptions(argc, argv, &options);
+    if (done >= 0) return done;
+    try {
+        return orvel::probe::Command(options).run();
+    } catch (const std::exception& error) {
+        fprintf(stderr, "orvelprobe: %s\n", error.what());
+        return orvel::probe::kExitUsage;
+    }
+}

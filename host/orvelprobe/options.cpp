@@ -1,0 +1,260 @@
+#include "options.h"
+
+#include <android/log.h>
+#include <cutils/properties.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <iostream>
+#include <limits>
+#include <string_view>
+
+namespace orvel::probe {
+namespace {
+
+constexpr std::array<const char*, 4> kSeekModes = {"previous", "next", "closest-sync", "closest"};
+
+constexpr char kMaskProperty[] = "mm.enable.orvel_parser";
+
+struct LogLevel {
+    const char* name;
+    int priority;
+};
+constexpr LogLevel kLogLevels[] = {
+        {"verbose", ANDROID_LOG_VERBOSE}, {"debug", ANDROID_LOG_DEBUG},
+        {"info", ANDROID_LOG_INFO},       {"warn", ANDROID_LOG_WARN},
+        {"error", ANDROID_LOG_ERROR},     {"silent", ANDROID_LOG_SILENT},
+};
+
+constexpr char kAbout[] =
+        "orvelprobe - what the extractor plug-in makes of a media file\n"
+        "Loads the plug-in, plays the media framework for every FILE and shows what comes out.";
+
+constexpr char kFooter[] =
+        "Seek modes: where a seek may land, seen from the time that was asked for\n"
+        "  previous      the key frame at or before it\n"
+        "  next          the key frame at or after it\n"
+        "  closest-sync  whichever of these two is nearer (default)\n"
+        "  closest       the frame that is nearest: reading starts at a key frame before it, and\n"
+        "                the first sample names the frame's time as its target\n"
+        "Exit: 0 all files taken and read to a clean end; 1 a file was declined; 2 usage, or a "
+        "file\n"
+        "that cannot be read or written; 3 a read ended with an error, or a file crashed or timed "
+        "out";
+
+[[noreturn]] void reject(const std::string& text) {
+    throw CLI::ValidationError(text, 2);
+}
+
+template <typename T>
+bool parseNumber(std::string_view text, T* out) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *out);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+// "12.5" is seconds, "12500000us" microseconds.
+bool parseTime(std::string_view text, int64_t* us) {
+    if (text.size() > 2 && text.substr(text.size() - 2) == "us") {
+        return parseNumber(text.substr(0, text.size() - 2), us);
+    }
+    long double seconds = 0;  // 64 bits of mantissa: exact to the microsecond over the whole range
+    if (!parseNumber(text, &seconds) || !std::isfinite(seconds)) return false;
+    const long double value = std::round(seconds * 1000000);
+    constexpr auto kMax = static_cast<long double>(std::numeric_limits<int64_t>::max());
+    if (value < -kMax || value > kMax) return false;
+    *us = static_cast<int64_t>(value);
+    return true;
+}
+
+SeekRequest parseSeek(const std::string& text) {
+    SeekRequest request;
+    const size_t colon = text.find(':');
+    if (!parseTime(std::string_view(text).substr(0, colon), &request.timeUs)) {
+        reject("--seek " + text + ": TIME is seconds (12.5) or microseconds (12500000us)");
+    }
+    if (colon != std::string::npos) {
+        const auto mode = std::find(kSeekModes.begin(), kSeekModes.end(), text.substr(colon + 1));
+        if (mode == kSeekModes.end()) {
+            reject("--seek " + text + ": MODE is previous, next, closest-sync or closest");
+        }
+        request.mode = static_cast<int>(mode - kSeekModes.begin());
+    }
+    return request;
+}
+
+// Splits at the first '='; the option's name and form are for the message.
+std::pair<std::string, std::string> parsePair(const std::string& text, const char* form) {
+    const size_t equals = text.find('=');
+    if (equals == 0 || equals == std::string::npos || equals + 1 > text.size()) {
+        reject(std::string(form) + " is expected, not " + text);
+    }
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+void parseSource(const std::string& text, SourceOptions* source) {
+    size_t start = 0;
+    while (start <= text.size()) {
+        const size_t comma = std::min(text.find(',', start), text.size());
+        const std::string item = text.substr(start, comma - start);
+        const auto [name, value] = parsePair(item, "--source NAME=VALUE[,...]");
+        bool good = false;
+        if (name == "latency") {
+            good = parseNumber(value, &source->latencyUs) && source->latencyUs >= 0 &&
+                   source->latencyUs <= 60000000;
+        } else if (name == "short") {
+            good = parseNumber(value, &source->shortBytes) && source->shortBytes > 0;
+        } else if (name == "error-at") {
+            good = parseNumber(value, &source->errorAt) && source->errorAt >= 0;
+        } else if (name == "size") {
+            source->unknownSize = good = value == "unknown";
+        }
+        if (!good) {
+            reject("--source " + item +
+                   ": latency=MICROSECONDS, short=BYTES, error-at=OFFSET or size=unknown");
+        }
+        start = comma + 1;
+    }
+}
+
+int parseLogLevel(const std::string& text) {
+    for (const LogLevel& level : kLogLevels) {
+        if (text == level.name || (text.size() == 1 && text[0] == level.name[0])) {
+            return level.priority;
+        }
+    }
+    reject("--log " + text + ": verbose, debug, info, warn, error or silent");
+}
+
+// What the options mean together.
+void complete(Options* options) {
+    if (!options->seeks.empty() && !options->extract.empty()) {
+        reject("--seek reads only the samples after each seek; --extract needs a run of its own");
+    }
+    if (options->samples) options->read = true;
+    if (!options->extract.empty() && !options->read) {
+        // Only what is written out has to be read, unless a track was asked for as well.
+        for (const auto& [track, path] : options->extract)
+            options->tracks.push_back(track);
+        options->read = true;
+    } else if (!options->tracks.empty()) {
+        for (const auto& [track, path] : options->extract)
+            options->tracks.push_back(track);
+    }
+    std::sort(options->tracks.begin(), options->tracks.end());
+    options->tracks.erase(std::unique(options->tracks.begin(), options->tracks.end()),
+                          options->tracks.end());
+    for (const auto& [key, value] : options->properties) {
+        if (value.size() >= PROPERTY_VALUE_MAX) {
+            reject("--property " + key + ": a value has at most " +
+                   std::to_string(PROPERTY_VALUE_MAX - 1) + " characters");
+        }
+    }
+}
+
+}  // namespace
+
+Options::Options() : properties({{kMaskProperty, "32767"}}), logPriority(ANDROID_LOG_SILENT) {}
+
+bool Options::wants(size_t track) const {
+    return tracks.empty() || std::binary_search(tracks.begin(), tracks.end(), track);
+}
+
+std::string Options::containerMask() const {
+    std::string mask;
+    for (const auto& [key, value] : properties) {
+        if (key == kMaskProperty) mask = value;
+    }
+    return mask;
+}
+
+const char* seekModeName(int mode) {
+    return mode >= 0 && mode < static_cast<int>(kSeekModes.size()) ? kSeekModes[mode] : "unknown";
+}
+
+int parseOptions(int argc, char** argv, Options* options) {
+    CLI::App app(kAbout, "orvelprobe");
+    app.footer(kFooter);
+    app.set_version_flag("-V,--version", "orvelprobe " ORVEL_VERSION, "Show the version and exit");
+    app.set_help_flag("-h,--help", "Show this text and exit");
+    app.get_formatter()->column_width(23);
+
+    std::vector<std::string> seeks, extract, properties, sources;
+    std::string log;
+    // One value each time the option is given: a FILE that follows is a FILE.
+    const auto repeated = [&app](const char* name, auto& values, const char* help,
+                                 const char* value) {
+        app.add_option(name, values, help)->allow_extra_args(false)->type_name(value);
+    };
+    app.add_option("FILE", options->files, "Media files; a folder means every file below it")
+            ->required()
+            ->type_name("");
+    app.add_flag("--json", options->json, "One JSON object per file and line instead of text");
+    app.add_flag("--read", options->read, "Read every sample; counts, bytes, times, end status");
+    app.add_flag("--samples", options->samples, "List every sample (implies --read)");
+    app.add_flag("--keys", options->keys, "Every format key in the text form");
+    repeated("--track", options->tracks, "Only this track (repeatable)", "N");
+    app.add_option("--limit", options->limit,
+                   "At most N samples per track; after a seek 1 if absent")
+            ->check(CLI::PositiveNumber)
+            ->type_name("N");
+    repeated("--seek", seeks,
+             "Seek to 12.5 (seconds) or 12500000us, list --limit samples of\n"
+             "each track; nothing else is read (repeatable)",
+             "TIME[:MODE]");
+    repeated("--extract", extract,
+             "Write track N as a file that players open (repeatable): AVC and\n"
+             "HEVC with start codes, PCM as WAV, AAC as ADTS, VP8 and VP9 as\n"
+             "IVF, others as a plain stream",
+             "N=PATH");
+    app.add_option("--cover", options->coverPath, "Write the album art")->type_name("PATH");
+    repeated("--property", properties,
+             "Set a system property (repeatable); every container is enabled\n"
+             "unless mm.enable.orvel_parser=MASK says otherwise",
+             "K=V");
+    repeated("--source", sources,
+             "Wrap the source: latency=US, short=N, error-at=OFFSET,\n"
+             "size=unknown, or several with commas",
+             "OPTS");
+    app.add_option("--plugin", options->pluginPath, "Another plug-in library")->type_name("PATH");
+    app.add_option("--log", log, "The plug-in's log on stderr: verbose, debug, info, warn, error")
+            ->type_name("LEVEL");
+    app.add_option("--jobs", options->jobs, "Files at once; output keeps the order all the same")
+            ->check(CLI::Range(1, 256))
+            ->type_name("N");
+    app.add_option("--timeout", options->timeoutSeconds, "For one file, default 120")
+            ->check(CLI::Range(0.001, 1e6))
+            ->type_name("SECONDS");
+    try {
+        app.parse(argc, argv);
+        for (const std::string& text : seeks)
+            options->seeks.push_back(parseSeek(text));
+        for (const std::string& text : extract) {
+            const auto [track, path] = parsePair(text, "--extract N=PATH");
+            size_t index = 0;
+            if (!parseNumber(track, &index) || path.empty()) {
+                reject("--extract N=PATH is expected, not " + text);
+            }
+            options->extract[index] = path;
+        }
+        for (const std::string& text : properties) {
+            options->properties.push_back(parsePair(text, "--property KEY=VALUE"));
+        }
+        for (const std::string& text : sources)
+            parseSource(text, &options->source);
+        if (!log.empty()) options->logPriority = parseLogLevel(log);
+        complete(options);
+    } catch (const CLI::ValidationError& error) {
+        std::cerr << "orvelprobe: " << error.what() << "\nTry 'orvelprobe --help'.\n";
+        return 2;
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) return app.exit(error, std::cout, std::cerr);
+        std::cerr << "orvelprobe: " << error.what() << "\nTry 'orvelprobe --help'.\n";
+        return 2;
+    }
+    return -1;
+}
+
+}  // namespace orvel::probe

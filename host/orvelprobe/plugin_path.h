@@ -1,0 +1,13 @@
+// Where the plug-in is when nobody says.
+#pragma once
+
+#include <string>
+
+namespace orvel::probe {
+
+// Next to this executable (a build tree), in ../lib beside it (an installation), then wherever the
+// dynamic loader finds it. `wanted` is given back when it is not empty. Throws std::runtime_error,
+// naming the places, when there is none; loads the library in the last case.
+std::string findPlugin(const std::string& wanted);
+
+}  // namespace orvel::probe

@@ -1,0 +1,275 @@
+#include "text_output.h"
+
+#include <utils/Errors.h>
+
+#include <media/stagefright/MediaErrors.h>
+#include <algorithm>
+#include <cinttypes>
+#include <string>
+#include <type_traits>
+
+#include "options.h"
+#include "text.h"
+#include "track_line.h"
+
+namespace orvel::probe {
+namespace {
+
+constexpr size_t kLabelColumns = 12;
+constexpr size_t kHexBytesShown = 24;
+
+// File-level keys in the order of the page. What is not here shows up with --keys.
+struct Tag {
+    const char* key;
+    const char* label;
+};
+constexpr Tag kTags[] = {
+        {"title", "title"},
+        {"artist", "artist"},
+        {"album", "album"},
+        {"albumartist", "by"},
+        {"author", "author"},
+        {"composer", "composer"},
+        {"lyricist", "lyricist"},
+        {"genre", "genre"},
+        {"year", "year"},
+        {"date", "date"},
+        {"cdtracknum", "track no."},
+        {"discnum", "disc no."},
+        {"compilation", "compilation"},
+        {"location", "location"},
+        {"manufacturer", "made by"},
+};
+
+enum class Colour { Bold, Good, Warn, Bad, Dim };
+
+class Page {
+  public:
+    Page(const TextStyle& style, FILE* out) : mStyle(style), mOut(out) {}
+
+    std::string paint(Colour colour, const std::string& text) const {
+        static constexpr const char* kCodes[] = {"1", "32", "33", "31;1", "2"};
+        if (!mStyle.colour) return text;
+        return "\033[" + std::string(kCodes[static_cast<int>(colour)]) + "m" + text + "\033[0m";
+    }
+    void line(const std::string& text) const { fprintf(mOut, "%s\n", text.c_str()); }
+    // "  label       text"
+    void row(const std::string& label, const std::string& text) const {
+        const size_t pad = label.size() < kLabelColumns ? kLabelColumns - label.size() : 1;
+        line("  " + paint(Colour::Dim, label) + std::string(pad, ' ') + text);
+    }
+    // Untrusted text, cut to the page unless everything was asked for.
+    std::string foreign(const std::string& text, size_t taken = kLabelColumns + 2) const {
+        const size_t room = mStyle.width > taken + 20 ? mStyle.width - taken - 3 : 20;
+        return printable(text, mStyle.allKeys ? 0 : room);
+    }
+    FILE* out() const { return mOut; }
+    bool allKeys() const { return mStyle.allKeys; }
+
+  private:
+    const TextStyle& mStyle;
+    FILE* mOut;
+};
+
+std::string valueText(const Page& page, const host::FormatValue& value) {
+    return std::visit(
+            [&page](const auto& held) -> std::string {
+                using Held = std::decay_t<decltype(held)>;
+                if constexpr (std::is_same_v<Held, std::string>) {
+                    return "\"" + page.foreign(held) + "\"";
+                } else if constexpr (std::is_same_v<Held, host::FormatBytes>) {
+                    const size_t shown = std::min(held.size(), kHexBytesShown);
+                    return sizeText(held.size()) + "  " + hexText(held.data(), shown) +
+                           (shown < held.size() ? "..." : "");
+                } else if constexpr (std::is_same_v<Held, host::FormatRect>) {
+                    return std::to_string(held[0]) + " " + std::to_string(held[1]) + " " +
+                           std::to_string(held[2]) + " " + std::to_string(held[3]);
+                } else if constexpr (std::is_floating_point_v<Held>) {
+                    char text[32];
+                    snprintf(text, sizeof(text), "%g", static_cast<double>(held));
+                    return text;
+                } else {
+                    return std::to_string(held);
+                }
+            },
+            value);
+}
+
+void writeKeys(const Page& page, const char* title, const FormatReport& format) {
+    page.line("  " + page.paint(Colour::Dim, title));
+    size_t widest = 0;
+    for (const host::FormatEntry& entry : format.entries) {
+        widest = std::max(widest, entry.key.size());
+    }
+    for (const host::FormatEntry& entry : format.entries) {
+        page.line("    " + printable(entry.key) + std::string(widest - entry.key.size() + 2, ' ') +
+                  valueText(page, entry.value));
+    }
+}
+
+void writeTags(const Page& page, const Report& report) {
+    for (const Tag& tag : kTags) {
+        const auto* text = report.format.find<std::string>(tag.key);
+        if (text) page.row(tag.label, page.foreign(*text));
+    }
+    if (const auto* rate = report.format.find<float>("capture-rate")) {
+        page.row("captured", valueText(page, *rate) + " fps");
+    }
+    if (const auto* cover = report.format.find<host::FormatBytes>("albumart")) {
+        page.row("cover art", std::string(pictureKind(*cover)) + ", " + sizeText(cover->size()));
+    }
+}
+
+std::string endText(const Page& page, const ReadReport& read) {
+    if (read.end == android::ERROR_END_OF_STREAM) return "end of stream";
+    if (read.end == android::OK) return "stopped at the limit";
+    return page.paint(Colour::Bad, statusText(read.end));
+}
+
+std::string readText(const Page& page, const ReadReport& read) {
+    std::string text = countText(read.count, "sample");
+    if (read.count > 0) {
+        if (read.syncCount < read.count) text += " (" + countText(read.syncCount, "key") + ")";
+        text += ", " + sizeText(read.bytes) + ", " + secondsText(read.firstUs) + " to " +
+                secondsText(read.lastUs);
+    }
+    return text + ", " + endText(page, read);
+}
+
+void writeTracks(const Page& page, const Report& report) {
+    if (report.tracks.empty() && report.error.empty()) {
+        page.row("tracks", page.paint(Colour::Warn, "none"));
+    }
+    size_t widest = 0;
+    for (const TrackReport& track : report.tracks) {
+        widest = std::max(widest, track.format.text(host::kKeyMime).size());
+    }
+    for (const TrackReport& track : report.tracks) {
+        const std::string mime = track.format.text(host::kKeyMime);
+        page.row("track " + std::to_string(track.index),
+                 page.paint(Colour::Bold, printable(mime)) +
+                         std::string(widest - mime.size() + 2, ' ') + trackLine(track.format));
+        if (track.read) page.row("", readText(page, *track.read));
+    }
+    if (report.readSeconds <= 0) return;
+    uint64_t samples = 0, bytes = 0;
+    for (const TrackReport& track : report.tracks) {
+        samples += track.read->count;
+        bytes += track.read->bytes;
+    }
+    char rate[64];
+    snprintf(rate, sizeof(rate), " in %.3f s (%.1f MB/s)", report.readSeconds,
+             static_cast<double>(bytes) / 1e6 / report.readSeconds);
+    page.row("read", countText(samples, "sample") + ", " + sizeText(bytes) + rate);
+}
+
+void writeSamples(const Page& page, const Report& report) {
+    for (const TrackReport& track : report.tracks) {
+        if (!track.read) continue;
+        page.line("  " +
+                  page.paint(Colour::Dim, "samples of track " + std::to_string(track.index)));
+        size_t number = 0;
+        for (const Sample& sample : track.samples) {
+            fprintf(page.out(), "    %8zu  %18s  %10zu%s\n", number++,
+                    secondsText(sample.timeUs).c_str(), sample.size, sample.sync ? "  key" : "");
+        }
+    }
+}
+
+// Asked, landed, how far off; where a target is given, that is what the seek is measured by.
+void writeSeeks(const Page& page, const Report& report) {
+    for (const SeekReport& seek : report.seeks) {
+        page.line("  " + page.paint(Colour::Bold, "seek to " + secondsText(seek.timeUs) + ", " +
+                                                          seekModeName(seek.mode)));
+        for (const SeekTrackReport& track : seek.tracks) {
+            const std::string label = "    track " + std::to_string(track.index);
+            if (track.samples.empty()) {
+                page.line(label + "  " +
+                          (track.status == android::ERROR_END_OF_STREAM
+                                   ? page.paint(Colour::Warn, "no sample: end of stream")
+                                   : page.paint(Colour::Bad,
+                                                "no sample: " + statusText(track.status))));
+                continue;
+            }
+            for (size_t i = 0; i < track.samples.size(); i++) {
+                const Sample& sample = track.samples[i];
+                std::string text =
+                        i == 0 ? label + "  landed at " : std::string(13, ' ') + "then at ";
+                text += secondsText(sample.timeUs);
+                text += sample.sync ? ", key" : ", not key";
+                if (i == 0) text += ", " + offsetText(sample.timeUs - seek.timeUs);
+                if (sample.targetTimeUs) {
+                    text += "; target " + secondsText(*sample.targetTimeUs) + ", " +
+                            offsetText(*sample.targetTimeUs - seek.timeUs);
+                }
+                page.line(text + ", " + sizeText(sample.size));
+            }
+            if (track.status != android::OK) {
+                page.line(label + "  " + page.paint(Colour::Bad, statusText(track.status)));
+            }
+        }
+    }
+}
+
+void writeTaken(const Page& page, const Report& report) {
+    char confidence[32];
+    snprintf(confidence, sizeof(confidence), "%.2f", static_cast<double>(report.confidence));
+    page.row("taken", page.paint(Colour::Good, "by " + printable(report.extractor)) +
+                              ", confidence " + confidence);
+    int64_t durationUs = -1;
+    for (const TrackReport& track : report.tracks) {
+        const auto* value = track.format.find<int64_t>(host::kKeyDurationUs);
+        if (value) durationUs = std::max(durationUs, *value);
+    }
+    const std::string mime = report.format.text(host::kKeyMime);
+    std::string container = mime.empty() ? "unknown" : printable(mime);
+    // An audio-only file in a video container has its codec under "mime"; the tracks know better.
+    for (const TrackReport& track : report.tracks) {
+        const std::string own = track.format.text("file-format");
+        if (own.empty() || own == mime) continue;
+        container = printable(own) + " (shown as " + container + ")";
+        break;
+    }
+    if (durationUs >= 0) container += ", " + durationText(durationUs);
+    page.row("container", container);
+    writeTags(page, report);
+    writeTracks(page, report);
+    if (page.allKeys()) {
+        writeKeys(page, "keys of the file", report.format);
+        for (const TrackReport& track : report.tracks) {
+            writeKeys(page, ("keys of track " + std::to_string(track.index)).c_str(), track.format);
+        }
+    }
+    if (report.listSamples) writeSamples(page, report);
+    writeSeeks(page, report);
+}
+
+}  // namespace
+
+void writeText(const Report& report, const TextStyle& style, FILE* out) {
+    const Page page(style, out);
+    page.line(page.paint(Colour::Bold, printable(report.file)));
+    if (report.taken) {
+        writeTaken(page, report);
+    } else if (report.opened) {
+        std::string text = page.paint(Colour::Warn, "not taken");
+        if (!report.declinedBecause.empty()) text += ": " + printable(report.declinedBecause);
+        page.row("declined", text);
+    }
+    for (const std::string& written : report.written)
+        page.row("wrote", printable(written));
+    for (const std::string& note : report.notes)
+        page.row("logged", page.foreign(note));
+    if (!report.error.empty()) {
+        page.row("error", page.paint(Colour::Bad, printable(report.error)));
+    }
+    page.line("");
+}
+
+void writeTextError(const std::string& error, const TextStyle& style, FILE* out) {
+    const Page page(style, out);
+    page.row("error", page.paint(Colour::Bad, printable(error)));
+    page.line("");
+}
+
+}  // namespace orvel::probe
