@@ -32,7 +32,7 @@ using android::String8;
 
 namespace {
 
-// Processes whose names begin so decode with a parser of their own choosing.
+// Sources of processes whose names begin so are left to the other extractors.
 constexpr char kDeclinedProcess[] = "com.tencent.mm";
 
 // Source flags that say that the file is not simply a local one.

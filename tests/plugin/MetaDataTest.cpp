@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "LogCapture.h"
 #include "OrvelMetaData.h"
-#include "log_capture.h"
 
 namespace orvel {
 namespace {

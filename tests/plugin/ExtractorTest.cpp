@@ -5,11 +5,11 @@
 
 #include <memory>
 
+#include "FakeFramework.h"
+#include "LogCapture.h"
 #include "OrvelExtractor2.h"
 #include "OrvelSource2.h"
-#include "fake_framework.h"
 #include "ffmpeg/FFmpegObject.h"
-#include "log_capture.h"
 
 namespace orvel {
 namespace {

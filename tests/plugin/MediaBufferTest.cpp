@@ -5,8 +5,8 @@
 
 #include <memory>
 
+#include "FakeFramework.h"
 #include "OrvelMediaBuffer.h"
-#include "fake_framework.h"
 
 namespace orvel {
 namespace {

@@ -5,9 +5,9 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "FakeFramework.h"
+#include "LogCapture.h"
 #include "Parser2Creater.h"
-#include "fake_framework.h"
-#include "log_capture.h"
 
 namespace orvel {
 namespace {

@@ -4,9 +4,9 @@
 #include <media/stagefright/MediaErrors.h>
 #include <stdlib.h>
 
+#include "FakeFramework.h"
 #include "WrapOrvelExtractor.h"
 #include "WrapOrvelSource.h"
-#include "fake_framework.h"
 #include "ffmpeg/FFmpegObject.h"
 
 namespace orvel {
