@@ -49,9 +49,12 @@ void LooperRoster::forgetHandler(ALooper::handler_id id) {
 void LooperRoster::forgetLooper(const ALooper* looper) {
     std::vector<sp<AHandler>> handlers;  // as above
     Autolock hold(mLock);
-    for (size_t i = mHandlers.size(); i-- > 0;) {
+    for (size_t i = 0; i < mHandlers.size();) {
         const Entry& entry = mHandlers.valueAt(i);
-        if (entry.looper != looper) continue;
+        if (entry.looper != looper) {
+            ++i;
+            continue;
+        }
         if (sp<AHandler> handler = entry.handler.promote()) {
             handler->mId.store(0, std::memory_order_release);
             handlers.push_back(std::move(handler));
