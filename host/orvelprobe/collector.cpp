@@ -84,6 +84,7 @@ class Collector::Session {
     void writeCover();
     void read();
     void seek();
+    void seekTrack(const SeekRequest& request, size_t position, SeekTrackReport* report);
     void openWriters();
     void closeWriters();
     void noteReadEnd(const TrackReport& track, bool started);
@@ -342,38 +343,51 @@ void Collector::Session::seek() {
         SeekReport& seek = mReport.seeks.emplace_back();
         seek.timeUs = request.timeUs;
         seek.mode = request.mode;
-        for (const TrackReport& track : mReport.tracks) {
-            seek.tracks.push_back({track.index, isVideo(track.format), 0, {}});
-        }
-        host::Player::Options how;
-        how.seek =
-                host::ReadOptions::Seek{request.timeUs, static_cast<host::SeekMode>(request.mode)};
-        how.limitPerTrack = mOptions.limit > 0 ? mOptions.limit : kSamplesAfterSeek;
-        const auto onSample = [this, &seek](size_t index, const host::Buffer& buffer) {
-            const auto track =
-                    std::find_if(seek.tracks.begin(), seek.tracks.end(),
-                                 [index](const auto& one) { return one.index == index; });
-            track->samples.push_back(toSample(buffer));
-            count(index, buffer, track->samples.back().timeUs);
-            return true;
-        };
-        const auto results = mPlayer->play(how, onSample);
-        for (size_t i = 0; i < results.size(); i++) {
-            // An end of stream after the first sample is no news; an error is.
-            const bool ended = results[i].status == android::ERROR_END_OF_STREAM;
-            const int32_t status = results[i].seekStatus != android::OK || ended
-                                           ? results[i].seekStatus
-                                           : results[i].status;
-            seek.tracks[i].status = status;
-            if (status != android::OK && status != android::ERROR_END_OF_STREAM) {
-                mReport.fail(kExitFailed, "track " + std::to_string(results[i].index) +
-                                                  ": the seek to " + secondsText(request.timeUs) +
-                                                  " (" + seekModeName(request.mode) +
-                                                  ") ended with " + statusText(status) +
-                                                  "; try --log debug for what the plug-in says");
+        for (const TrackReport& track : mReport.tracks)
+            seek.tracks.push_back({track.index, 0, {}});
+        for (const bool videoNow : {true, false}) {
+            for (size_t i = 0; i < seek.tracks.size(); i++) {
+                if (isVideo(mReport.tracks[i].format) == videoNow) {
+                    seekTrack(request, i, &seek.tracks[i]);
+                }
             }
         }
     }
+}
+
+// A track's samples are read before the next track is sought: that seek may move all of them.
+void Collector::Session::seekTrack(const SeekRequest& request, size_t position,
+                                   SeekTrackReport* report) {
+    host::Track* track = mPlayer->track(position);
+    host::ReadOptions how;
+    how.seek = host::ReadOptions::Seek{request.timeUs, static_cast<host::SeekMode>(request.mode)};
+    const uint64_t limit = mOptions.limit > 0 ? mOptions.limit : kSamplesAfterSeek;
+    while (track && report->samples.size() < limit) {
+        const host::ReadResult read = track->read(how);
+        how.seek.reset();
+        report->status = read.status;
+        if (read.status != android::OK) {
+            // Not news after the first sample, other than an error.
+            const bool ended = read.status == android::ERROR_END_OF_STREAM;
+            if (ended && !report->samples.empty()) report->status = android::OK;
+            break;
+        }
+        if (!read.buffer) {
+            report->status = android::UNKNOWN_ERROR;
+            break;
+        }
+        report->samples.push_back(toSample(read.buffer));
+        count(report->index, read.buffer, report->samples.back().timeUs);
+    }
+    if (!track) report->status = android::NO_INIT;
+    if (report->status == android::OK || report->status == android::ERROR_END_OF_STREAM) return;
+    mReport.fail(kExitFailed,
+                 "track " + std::to_string(report->index) +
+                         (track ? ": the seek to " + secondsText(request.timeUs) + " (" +
+                                          seekModeName(request.mode) + ") ended with "
+                                : std::string(" could not be started: ")) +
+                         statusText(report->status) +
+                         "; try --log debug for what the plug-in says");
 }
 
 }  // namespace orvel::probe

@@ -4,6 +4,8 @@
 #include <standin/log_control.h>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 
 #include "text.h"
 
@@ -12,6 +14,22 @@ namespace {
 
 constexpr size_t kMaxRecent = 64;
 constexpr size_t kMaxDifferentWarnings = 64;
+
+// Logged as warnings or errors on every ordinary run: the end of the file or of its subtitles, a
+// cover that is no video track, and the picture's MIME type, which no key table holds.
+constexpr const char* kRoutine[] = {
+        "reach end of file",
+        "subtitle index out of range!",
+        "in readDataSource, end of stream",
+        "This is a attached picture",
+        "key is 0x616c414d",
+        "Estimating duration from bitrate",
+};
+
+bool isRoutine(const char* text) {
+    return std::any_of(std::begin(kRoutine), std::end(kRoutine),
+                       [text](const char* part) { return strstr(text, part) != nullptr; });
+}
 
 }  // namespace
 
@@ -29,7 +47,7 @@ void LogCapture::onLine(void* cookie, int priority, const char* tag, const char*
     const std::lock_guard<std::mutex> lock(self->mMutex);
     self->mRecent.emplace_back(text);
     if (self->mRecent.size() > kMaxRecent) self->mRecent.pop_front();
-    if (priority < ANDROID_LOG_WARN) return;
+    if (priority < ANDROID_LOG_WARN || isRoutine(text)) return;
     std::string line = std::string(tag) + ": " + text;
     const auto known = std::find_if(self->mWarnings.begin(), self->mWarnings.end(),
                                     [&line](const Warning& other) { return other.text == line; });

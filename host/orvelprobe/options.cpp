@@ -30,20 +30,41 @@ constexpr LogLevel kLogLevels[] = {
 };
 
 constexpr char kAbout[] =
-        "orvelprobe - what the extractor plug-in makes of a media file\n"
-        "Loads the plug-in, plays the media framework for every FILE and shows what comes out.";
+        "orvelprobe shows what the extractor plug-in makes of media files: it loads the\n"
+        "plug-in and plays the media framework for each FILE.\n";
 
 constexpr char kFooter[] =
-        "Seek modes: where a seek may land, seen from the time that was asked for\n"
+        "Seek modes, each seen from the time that was asked for:\n"
         "  previous      the key frame at or before it\n"
         "  next          the key frame at or after it\n"
-        "  closest-sync  whichever of these two is nearer (default)\n"
-        "  closest       the frame that is nearest: reading starts at a key frame before it, and\n"
-        "                the first sample names the frame's time as its target\n"
-        "Exit: 0 all files taken and read to a clean end; 1 a file was declined; 2 usage, or a "
-        "file\n"
-        "that cannot be read or written; 3 a read ended with an error, or a file crashed or timed "
-        "out";
+        "  closest-sync  the nearer of these two (default)\n"
+        "  closest       the nearest frame: reading starts at a key frame before it, and\n"
+        "                the first sample names the time of that frame as its target\n"
+        "Exit status, of several files the highest:\n"
+        "  0  all files were taken and read to a clean end\n"
+        "  1  a file was declined\n"
+        "  2  usage, or a file that cannot be read or written\n"
+        "  3  a read ended with an error, or a file crashed or timed out";
+
+// Names and values only: what a value has to be stands in the description.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    HelpFormatter() { column_width(23); }
+    std::string make_option_opts(const CLI::Option* option) const override {
+        return option->get_type_name().empty() ? "" : " " + option->get_option_text();
+    }
+    std::string make_usage(const CLI::App*, std::string) const override {
+        return "Usage: orvelprobe [OPTIONS] FILE...   (a FOLDER means every file below it)\n";
+    }
+    std::string make_help(const CLI::App* app, std::string name,
+                          CLI::AppFormatMode mode) const override {
+        std::string text = CLI::Formatter::make_help(app, std::move(name), mode);
+        for (size_t gap; (gap = text.find("\n\n\n")) != std::string::npos;)
+            text.erase(gap, 1);
+        return text;
+    }
+    std::string make_positionals(const CLI::App*) const override { return ""; }
+};
 
 [[noreturn]] void reject(const std::string& text) {
     throw CLI::ValidationError(text, 2);
@@ -177,56 +198,66 @@ const char* seekModeName(int mode) {
 int parseOptions(int argc, char** argv, Options* options) {
     CLI::App app(kAbout, "orvelprobe");
     app.footer(kFooter);
-    app.set_version_flag("-V,--version", "orvelprobe " ORVEL_VERSION, "Show the version and exit");
-    app.set_help_flag("-h,--help", "Show this text and exit");
-    app.get_formatter()->column_width(23);
-
+    app.formatter(std::make_shared<HelpFormatter>());
     std::vector<std::string> seeks, extract, properties, sources;
     std::string log;
-    // One value each time the option is given: a FILE that follows is a FILE.
-    const auto repeated = [&app](const char* name, auto& values, const char* help,
-                                 const char* value) {
-        app.add_option(name, values, help)->allow_extra_args(false)->type_name(value);
+    const char* group = "Reading";
+    const auto flag = [&](const char* name, bool& value, const char* help) {
+        app.add_flag(name, value, help)->group(group);
     };
-    app.add_option("FILE", options->files, "Media files; a folder means every file below it")
-            ->required()
-            ->type_name("");
-    app.add_flag("--json", options->json, "One JSON object per file and line instead of text");
-    app.add_flag("--read", options->read, "Read every sample; counts, bytes, times, end status");
-    app.add_flag("--samples", options->samples, "List every sample (implies --read)");
-    app.add_flag("--keys", options->keys, "Every format key in the text form");
-    repeated("--track", options->tracks, "Only this track (repeatable)", "N");
-    app.add_option("--limit", options->limit,
-                   "At most N samples per track; after a seek 1 if absent")
-            ->check(CLI::PositiveNumber)
-            ->type_name("N");
-    repeated("--seek", seeks,
-             "Seek to 12.5 (seconds) or 12500000us, list --limit samples of\n"
-             "each track; nothing else is read (repeatable)",
-             "TIME[:MODE]");
-    repeated("--extract", extract,
-             "Write track N as a file that players open (repeatable): AVC and\n"
-             "HEVC with start codes, PCM as WAV, AAC as ADTS, VP8 and VP9 as\n"
-             "IVF, others as a plain stream",
-             "N=PATH");
-    app.add_option("--cover", options->coverPath, "Write the album art")->type_name("PATH");
-    repeated("--property", properties,
-             "Set a system property (repeatable); every container is enabled\n"
-             "unless mm.enable.orvel_parser=MASK says otherwise",
-             "K=V");
-    repeated("--source", sources,
-             "Wrap the source: latency=US, short=N, error-at=OFFSET,\n"
-             "size=unknown, or several with commas",
-             "OPTS");
-    app.add_option("--plugin", options->pluginPath, "Another plug-in library")->type_name("PATH");
-    app.add_option("--log", log, "The plug-in's log on stderr: verbose, debug, info, warn, error")
-            ->type_name("LEVEL");
-    app.add_option("--jobs", options->jobs, "Files at once; output keeps the order all the same")
-            ->check(CLI::Range(1, 256))
-            ->type_name("N");
-    app.add_option("--timeout", options->timeoutSeconds, "For one file, default 120")
-            ->check(CLI::Range(0.001, 1e6))
-            ->type_name("SECONDS");
+    const auto option = [&](const char* name, auto& value, const char* form, const char* help) {
+        // One value each time an option is given, also when it can be repeated: what follows is a
+        // FILE again.
+        return app.add_option(name, value, help)
+                ->allow_extra_args(false)
+                ->option_text(form)
+                ->group(group);
+    };
+    app.add_option("FILE", options->files)->required();
+
+    flag("--read", options->read,
+         "Read every sample of every track: counts, bytes, first\n"
+         "and last time, how it ended, MB/s");
+    flag("--samples", options->samples, "List every sample (implies --read)");
+    option("--track", options->tracks, "N", "Only this track (repeatable)");
+    option("--limit", options->limit, "N", "At most N samples of a track; after a seek 1 if absent")
+            ->check(CLI::Validator(
+                    [](const std::string& text) {
+                        uint64_t value = 0;
+                        return parseNumber<uint64_t>(text, &value) && value > 0
+                                       ? std::string()
+                                       : "a number from 1 on is expected, not " + text;
+                    },
+                    ""));
+    option("--seek", seeks, "TIME[:MODE]",
+           "Seek all tracks, show where each lands (repeatable); TIME\n"
+           "is 12.5 (seconds) or 12500000us. Nothing else is read");
+    group = "Output";
+    flag("--json", options->json, "One JSON object per file and line instead of text");
+    flag("--keys", options->keys, "Every format key in the text form");
+    option("--extract", extract, "N=PATH",
+           "Write track N as a file that players open (repeatable):\n"
+           "AVC/HEVC with start codes, PCM as WAV, AAC as ADTS,\n"
+           "VP8/VP9 as IVF, others as a plain stream");
+    option("--cover", options->coverPath, "PATH", "Write the album art");
+    group = "Plug-in and source";
+    option("--plugin", options->pluginPath, "PATH", "Another plug-in library");
+    option("--property", properties, "KEY=VALUE",
+           "Set a system property (repeatable); unless given,\n"
+           "mm.enable.orvel_parser=32767 enables every container");
+    option("--source", sources, "OPTS",
+           "Disturb the source: latency=US, short=N, error-at=OFFSET,\n"
+           "size=unknown; several with commas");
+    option("--log", log, "LEVEL", "Its log on stderr: verbose, debug, info, warn or error");
+    group = "Other";
+    option("--jobs", options->jobs, "N", "Files at once (default 1); the output stays in order")
+            ->check(CLI::Range(1, 256));
+    option("--timeout", options->timeoutSeconds, "SECONDS",
+           "What a file may take before it is given up (default 120)")
+            ->check(CLI::Range(0.001, 1e6));
+    app.set_version_flag("-V,--version", "orvelprobe " ORVEL_VERSION, "Show the version")
+            ->group(group);
+    app.set_help_flag("-h,--help", "Show this text")->group(group);
     try {
         app.parse(argc, argv);
         for (const std::string& text : seeks)

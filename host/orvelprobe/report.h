@@ -67,7 +67,6 @@ struct TrackReport {
 
 struct SeekTrackReport {
     size_t index = 0;
-    bool isVideo = false;
     int32_t status = 0;  // of the read that carried the seek, else of the first one that failed
     std::vector<Sample> samples;
 };

@@ -157,9 +157,10 @@ void writeTracks(const Page& page, const Report& report) {
         samples += track.read->count;
         bytes += track.read->bytes;
     }
+    const double seconds = report.readSeconds;
     char rate[64];
-    snprintf(rate, sizeof(rate), " in %.3f s (%.1f MB/s)", report.readSeconds,
-             static_cast<double>(bytes) / 1e6 / report.readSeconds);
+    snprintf(rate, sizeof(rate), seconds < 1 ? " in %.1f ms (%.0f MB/s)" : " in %.2f s (%.0f MB/s)",
+             seconds < 1 ? seconds * 1000 : seconds, static_cast<double>(bytes) / 1e6 / seconds);
     page.row("read", countText(samples, "sample") + ", " + sizeText(bytes) + rate);
 }
 
@@ -252,9 +253,9 @@ void writeText(const Report& report, const TextStyle& style, FILE* out) {
     if (report.taken) {
         writeTaken(page, report);
     } else if (report.opened) {
-        std::string text = page.paint(Colour::Warn, "not taken");
-        if (!report.declinedBecause.empty()) text += ": " + printable(report.declinedBecause);
-        page.row("declined", text);
+        const std::string reason = report.declinedBecause.empty() ? "the plug-in left no reason"
+                                                                  : report.declinedBecause;
+        page.row("declined", page.paint(Colour::Warn, printable(reason)));
     }
     for (const std::string& written : report.written)
         page.row("wrote", printable(written));
