@@ -90,8 +90,11 @@ bool readMovieBox(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) 
 }  // namespace
 
 const Mp4Track* Mp4Movie::track(int32_t id, uint32_t nth) const {
+    uint32_t before = 0;
     for (const Mp4Track& candidate : tracks) {
-        if (candidate.id == id && nth-- == 0) return &candidate;
+        if (candidate.id != id) continue;
+        if (before == nth) return &candidate;
+        ++before;
     }
     return nullptr;
 }

@@ -62,7 +62,10 @@ std::optional<int32_t> FragmentOffsets::Lookup::find(int64_t position) {
         // Ends within the chunk, whose last position is not below the one wanted.
         while (mPosition < position)
             advance();
-        if (mPosition != position) return std::nullopt;
+        if (mPosition != position) {
+            mChunk = SIZE_MAX;
+            return std::nullopt;
+        }
     }
     return mOffsets.mSamples[chunks[mChunk].firstSample + mStep].offset;
 }

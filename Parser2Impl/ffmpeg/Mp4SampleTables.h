@@ -37,7 +37,8 @@ class FragmentOffsets {
         bool advance();
 
         const FragmentOffsets& mOffsets;
-        // The sample last found: number mStep of chunk mChunk, at mPosition. None before the first.
+        // The sample last found: number mStep of chunk mChunk, at mPosition. None at first
+        // and after a miss.
         size_t mChunk = SIZE_MAX;
         size_t mStep = 0;
         int64_t mPosition = 0;

@@ -1,0 +1,344 @@
+#include "ffmpeg/Mp4BoxReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvel {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using Descriptions = std::vector<Bytes>;
+
+Bytes join(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+Bytes words(std::initializer_list<int64_t> values) {
+    Bytes out;
+    for (int64_t value : values) {
+        for (int shift = 24; shift >= 0; shift -= 8)
+            out.push_back(static_cast<uint8_t>(value >> shift));
+    }
+    return out;
+}
+
+Bytes box(const char* type, const Bytes& payload, int64_t claimed = -1) {
+    Bytes out = words({claimed < 0 ? static_cast<int64_t>(payload.size()) + 8 : claimed});
+    out.insert(out.end(), type, type + 4);
+    return join({out, payload});
+}
+
+Bytes largeBox(const char* type, const Bytes& payload) {
+    const Bytes size = words({0, static_cast<int64_t>(payload.size()) + 16});
+    return box(type, join({size, payload}), 1);
+}
+
+Bytes trak(int64_t id, const Bytes& tables) {
+    return box("trak", join({box("tkhd", words({0, 0, 0, id, 0, 0})),
+                             box("mdia", box("minf", box("stbl", tables)))}));
+}
+
+Bytes ctts(std::initializer_list<std::pair<int64_t, int64_t>> runs, int64_t claimed = -1) {
+    Bytes payload = words({0, claimed < 0 ? static_cast<int64_t>(runs.size()) : claimed});
+    for (const auto& [count, offset] : runs)
+        payload = join({payload, words({count, offset})});
+    return box("ctts", payload);
+}
+
+Bytes entry(const char* type, size_t size, uint8_t fill) {
+    return box(type, join({words({0, 1}), Bytes(size - 16, fill)}));
+}
+
+// Serves bytes with the faults of a real source.
+class TestSource : public ByteSource {
+  public:
+    explicit TestSource(Bytes bytes) : mBytes(std::move(bytes)) {}
+
+    ssize_t readAt(int64_t offset, void* data, size_t size) override {
+        if (reads++ == failAt) return -5;
+        if (offset < 0 || offset >= static_cast<int64_t>(mBytes.size())) return 0;
+        const size_t part = std::min({size, mBytes.size() - static_cast<size_t>(offset), longest});
+        memcpy(data, mBytes.data() + offset, part);
+        bytesRead += part;
+        return static_cast<ssize_t>(part);
+    }
+    int64_t size() override { return sizeKnown ? static_cast<int64_t>(mBytes.size()) : -1; }
+
+    int reads = 0;
+    size_t bytesRead = 0;
+    int failAt = -1;
+    size_t longest = SIZE_MAX;
+    bool sizeKnown = true;
+
+  private:
+    const Bytes mBytes;
+};
+
+std::optional<CompositionTable> tableOf(const Bytes& file, Mp4TrackRef ref = {1, 0},
+                                        size_t maxSamples = 1000) {
+    TestSource source(file);
+    return Mp4BoxReader(source).compositionTable(ref, maxSamples);
+}
+
+TEST(Mp4BoxReader, compositionTable_ctts_followsTheDemuxersRules) {
+    constexpr int32_t kMost = 1 << 28;
+    constexpr int64_t kOver = kMost + 1;
+    constexpr int64_t kMin = INT32_MIN;
+    using Offsets = std::vector<int32_t>;
+    const struct {
+        const char* name;
+        Bytes tables;
+        Offsets offsets;
+        int32_t shift;
+    } cases[] = {
+            {"none", {}, {}, 0},
+            {"runs", ctts({{2, 5}, {1, 0}}), {5, 5, 0}, 0},
+            {"negative", ctts({{1, -7}, {1, -9}, {1, 1}, {1, 1}}), {-7, -9, 1, 1}, 9},
+            {"last two left out", ctts({{1, -2}, {1, -7}, {1, -9}}), {-2, -7, -9}, 2},
+            {"empty runs", ctts({{0, -7}, {-1, -8}, {1, 4}, {1, 5}, {1, 6}}), {4, 5, 6}, 0},
+            {"huge", ctts({{1, -3}, {1, kOver}, {1, -9}, {1, 1}, {1, 1}}), {}, 3},
+            {"most", ctts({{1, kMost}, {1, -kMost}, {1, 1}, {1, 1}}), {kMost, -kMost, 1, 1}, kMost},
+            {"huge but last", ctts({{1, 1}, {1, kMin}, {1, kOver}}), {1, INT32_MIN, kMost + 1}, 0},
+            {"capped", ctts({{4, 5}, {INT32_MAX, 6}, {1, -7}, {1, 1}, {1, 1}}), {5, 5, 5, 5, 6}, 7},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto table = tableOf(box("moov", trak(1, c.tables)), {1, 0}, 5);
+        ASSERT_TRUE(table);
+        EXPECT_EQ(table->movieOffsets, c.offsets);
+        EXPECT_EQ(table->movieShift, c.shift);
+        EXPECT_EQ(table->runSampleCount, 0u);
+    }
+    const Bytes broken[] = {ctts({{1, 1}, {1, 2}}, 3), ctts({{1, 1}}, 0xFFFFFFFF),
+                            box("ctts", words({0})), join({ctts({{1, 1}}), ctts({{1, 1}})})};
+    for (const Bytes& tables : broken)
+        EXPECT_FALSE(tableOf(box("moov", trak(1, tables))));
+}
+
+TEST(Mp4BoxReader, structure_oddFiles_givesTheDemuxersTrackOrNone) {
+    const Bytes track = trak(1, ctts({{1, 5}}));
+    const Bytes moov = box("moov", track);
+    const Bytes other = box("moov", trak(1, ctts({{1, 6}})));
+    const Bytes mdat = box("mdat", Bytes(100, 0xFF));
+    const Bytes toTheEnd = box("moov", track, 0);
+    const struct {
+        const char* name;
+        Bytes file;
+        int offset;  // 0: unknown
+    } cases[] = {
+            {"behind the media", join({box("ftyp", {}), mdat, moov}), 5},
+            {"64-bit media", join({largeBox("mdat", Bytes(5000, 1)), moov}), 5},
+            {"64-bit movie", join({largeBox("moov", track), mdat}), 5},
+            {"movie to the end", join({mdat, toTheEnd}), 5},
+            {"media to the end", join({box("mdat", {}, 0), moov}), 0},
+            {"first of two", join({moov, other}), 5},
+            {"claims more than the file", box("moov", track, 99999), 5},
+            {"among others", box("moov", join({box("mvhd", Bytes(100)), track})), 5},
+            {"smaller than its header", join({box("moov", track, 7), moov}), 0},
+            {"64-bit size too small", join({box("mdat", words({0, 15}), 1), moov}), 0},
+            {"64-bit size negative", join({box("mdat", words({0xFFFFFFFF, 0}), 1), moov}), 0},
+            {"compressed", box("moov", join({box("cmov", Bytes(20)), track})), 0},
+            {"hidden", join({box("hoov", track), moov}), 0},
+            {"no movie", mdat, 0},
+            {"empty", {}, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto table = tableOf(c.file);
+        ASSERT_EQ(table.has_value(), c.offset != 0);
+        if (table) {
+            EXPECT_EQ(table->movieOffsets, std::vector<int32_t>{c.offset});
+        }
+    }
+}
+
+TEST(Mp4BoxReader, tracks_areNamedByIdAndPlaceAmongThoseWithIt) {
+    const Bytes version1 =
+            box("trak", join({box("tkhd", words({1 << 24, 0, 0, 0, 0, 7, 0})),
+                              box("mdia", box("minf", box("stbl", ctts({{1, 4}}))))}));
+    const Bytes file =
+            box("moov", join({trak(2, ctts({{1, 1}})), trak(1, ctts({{1, 2}})),
+                              trak(2, ctts({{1, 3}})), version1, trak(-1, ctts({{1, 5}}))}));
+    const struct {
+        Mp4TrackRef ref;
+        int offset;
+    } cases[] = {{{2, 0}, 1}, {{1, 0}, 2}, {{2, 1}, 3}, {{7, 0}, 4}, {{-1, 0}, 5}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(tableOf(file, c.ref)->movieOffsets, std::vector<int32_t>{c.offset});
+    }
+    EXPECT_FALSE(tableOf(file, {2, 2}));
+    EXPECT_FALSE(tableOf(file, {3, 0}));
+}
+
+Bytes stsd(const Bytes& entries, int64_t count) {
+    return box("stsd", join({words({0, count}), entries}));
+}
+
+TEST(Mp4BoxReader, timedTextDescriptions_areTheWholeTx3gEntriesInOrder) {
+    const Bytes first = entry("tx3g", 40, 1);
+    const Bytes second = entry("tx3g", 48, 2);
+    const Bytes text = entry("text", 30, 3);
+    const Bytes huge = box("tx3g", Bytes(100), 0xFFFFFFF0);
+    const struct {
+        const char* name;
+        Bytes tables;
+        std::optional<Descriptions> expected;
+    } cases[] = {
+            {"two", stsd(join({first, second}), 2), Descriptions{first, second}},
+            {"among others", stsd(join({first, text, second}), 3), Descriptions{first, second}},
+            {"only counted ones", stsd(join({first, second}), 1), Descriptions{first}},
+            {"none", stsd(text, 1), Descriptions{}},
+            {"count too high", stsd(first, 2), std::nullopt},
+            {"entry overruns", stsd(join({first, huge}), 2), std::nullopt},
+            {"entry below its head", stsd(box("tx3g", Bytes(20), 15), 1), std::nullopt},
+            {"no table", {}, std::nullopt},
+            {"two tables", join({stsd(first, 1), stsd(first, 1)}), std::nullopt},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        TestSource source(box("moov", trak(3, c.tables)));
+        EXPECT_EQ(Mp4BoxReader(source).timedTextDescriptions({3, 0}), c.expected);
+    }
+}
+
+Bytes trex(int64_t id, int64_t sampleSize) {
+    return box("trex", words({0, id, 1, 1, sampleSize, 0}));
+}
+
+// A track fragment of one run: the words of tfhd and of trun.
+Bytes traf(std::initializer_list<int64_t> header, std::initializer_list<int64_t> run) {
+    return box("traf", join({box("tfhd", words(header)), box("trun", words(run))}));
+}
+
+Bytes moof(std::initializer_list<Bytes> fragments) {
+    return box("moof", join(fragments));
+}
+
+// Tracks 1 and 2 exist; 9 has defaults without a track.
+const Bytes kMovie = box(
+        "moov", join({trak(1, ctts({{1, 50}, {1, 0}})), trak(2, {}),
+                      box("mvex", join({trex(2, 1000), trex(1, 100), trex(9, 7), trex(1, 5)}))}));
+
+TEST(Mp4BoxReader, fragments_positionsFollowTheBases) {
+    constexpr int64_t kBaseIsMoof = 0x20000;
+    constexpr int64_t kOff = 0x800;
+    const auto start = static_cast<int64_t>(kMovie.size());
+    const struct {
+        const char* name;
+        Bytes fragments;
+        uint64_t runSamples;
+        std::vector<std::pair<int64_t, int32_t>> placed;
+        // clang-format off
+    } cases[] = {
+            {"fragment's start, default size", moof({traf({kBaseIsMoof, 1}, {0x801, 2, 300, 10, -20})}),
+             2, {{start + 300, 10}, {start + 400, -20}}},
+            {"64-bit header", largeBox("moof", traf({kBaseIsMoof, 1}, {0x801, 1, 300, 10})),
+             1, {{start + 8 + 300, 10}}},
+            {"explicit base and size", moof({traf({0x11, 1, 0, 9000, 60}, {0x801, 2, -1000, 1, 2})}),
+             2, {{8000, 1}, {8060, 2}}},
+            {"behind another track", moof({traf({0, 2}, {1, 3, 500}), traf({0, 1}, {kOff, 1, 4})}),
+             1, {{start + 3500, 4}}},
+            {"not behind no track", moof({traf({0, 9}, {1, 3, 500}), traf({0, 1}, {kOff, 1, 4})}),
+             1, {{start, 4}}},
+            {"every field", moof({traf({kBaseIsMoof | 0x3A, 1, 1, 1, 77, 0},
+                                       {0xF05, 2, 300, 0, 1, 20, 0, 5, 1, 30, 0, 6})}),
+             2, {{start + 300, 5}, {start + 320, 6}}},
+            {"media in another order", join({moof({traf({1, 1, 0, 9000}, {kOff, 1, 1})}),
+                                             moof({traf({1, 1, 0, 8000}, {kOff, 1, 2})})}),
+             2, {{8000, 2}, {9000, 1}}},
+            {"no offsets, no table", moof({traf({0, 1}, {0, 0xFFFFFFFF})}), 0xFFFFFFFF, {}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto table = tableOf(join({kMovie, c.fragments, box("mdat", {})}));
+        ASSERT_TRUE(table);
+        EXPECT_EQ(table->runSampleCount, c.runSamples);
+        EXPECT_EQ(table->fragmentOffsets.sampleCount(), c.placed.size());
+        FragmentOffsets::Lookup lookup(table->fragmentOffsets);
+        for (const auto& [position, offset] : c.placed) {
+            EXPECT_EQ(lookup.find(position), offset) << position;
+            EXPECT_EQ(lookup.find(position - 1), std::nullopt);
+        }
+    }
+    const std::pair<const char*, Bytes> broken[] = {
+            {"more samples than the run holds", traf({0, 1}, {kOff, 3, 1, 2})},
+            {"far more samples", traf({0, 1}, {kOff, 0xFFFFFFFF, 1, 2})},
+            {"no defaults", traf({0, 8}, {0, 0})},
+            {"no header", box("traf", box("trun", words({0, 1})))},
+            {"before the file", traf({0, 1}, {0x801, 1, -99999, 1})},
+            {"runs beyond every file", traf({1, 1, 0x7FFFFFFF, 0xFFFFFFFF}, {kOff, 2, 1, 2})},
+            {"base beyond every file", traf({1, 1, 0xFFFFFFFF, 0}, {kOff, 1, 1})},
+            {"runs that interleave", join({traf({kBaseIsMoof, 1}, {kOff, 3, 1, 2, 3}),
+                                           traf({kBaseIsMoof, 1}, {0x801, 1, 50, 4})})},
+    };
+    for (const auto& [name, fragment] : broken) {
+        EXPECT_FALSE(tableOf(join({kMovie, box("moof", fragment)}))) << name;
+    }
+}
+
+// Two questions to a file of all kinds: every source either gets the true answers or none.
+TEST(Mp4BoxReader, faultySources_giveTheTrueAnswersOrNone) {
+    const Bytes description = entry("tx3g", 5000, 7);
+    Bytes longTable = words({0, 20000});
+    for (int i = 0; i < 20000; ++i) {
+        const Bytes run = words({1, i % 50});
+        longTable.insert(longTable.end(), run.begin(), run.end());
+    }
+    Bytes file = box("moov", join({trak(1, box("ctts", longTable)), trak(2, stsd(description, 1)),
+                                   box("mvex", trex(1, 10))}));
+    for (int i = 0; i < 20; ++i) {
+        file = join({file, moof({traf({0x20000, 1}, {0x801, 2, 100, i, i + 1})}),
+                     box("mdat", Bytes(6000))});
+    }
+    struct Answers {
+        std::optional<Descriptions> texts;
+        std::optional<CompositionTable> table;
+    };
+    const auto ask = [](TestSource& source) {
+        Mp4BoxReader reader(source);
+        EXPECT_EQ(source.reads, 0);
+        Answers answers;
+        answers.texts = reader.timedTextDescriptions({2, 0});
+        answers.table = reader.compositionTable({1, 0}, 100000);
+        return answers;
+    };
+    const auto expectTrue = [&](const Answers& answers) {
+        if (answers.texts) {
+            EXPECT_EQ(*answers.texts, Descriptions{description});
+        }
+        if (answers.table) {
+            EXPECT_EQ(answers.table->movieOffsets.size(), 20000u);
+            EXPECT_EQ(answers.table->movieOffsets.back(), 19999 % 50);
+            EXPECT_EQ(answers.table->runSampleCount, 40u);
+        }
+        return answers.texts && answers.table;
+    };
+    TestSource clean(file);
+    EXPECT_TRUE(expectTrue(ask(clean)));
+    // A jump per fragment, a handful for the long table, and the media is left alone.
+    EXPECT_LT(clean.reads, 20 + 20);
+    EXPECT_LT(clean.bytesRead, 20000 * 8 + 40 * 4096u);
+    for (int failAt = 0; failAt < clean.reads; ++failAt) {
+        TestSource source(file);
+        source.failAt = failAt;
+        EXPECT_FALSE(expectTrue(ask(source))) << failAt;
+    }
+    TestSource drop(file);
+    drop.longest = 7;
+    EXPECT_TRUE(expectTrue(ask(drop)));
+    TestSource sizeless(file);
+    sizeless.sizeKnown = false;
+    EXPECT_TRUE(expectTrue(ask(sizeless)));
+}
+
+}  // namespace
+}  // namespace orvel
