@@ -7,9 +7,10 @@
 
 namespace orvel {
 
-// The private record in which the platform's decoders find a stream's codec parameters: FFmpeg 4.x's
-// AVCodecParameters on a 64-bit machine without its extradata pointer, then the extradata. The
-// layout is fixed, whatever the built library's own record looks like; host byte order.
+// The private record in which the platform's decoders find a stream's codec parameters:
+// FFmpeg 4.x's AVCodecParameters on a 64-bit machine without its extradata pointer, then the
+// extradata. The layout is fixed, whatever the built library's own record looks like; host byte
+// order.
 constexpr size_t kCodecParametersSize = 136;
 
 inline size_t codecParametersBlobSize(const AVCodecParameters& parameters) {

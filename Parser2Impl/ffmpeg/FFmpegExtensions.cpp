@@ -109,8 +109,7 @@ std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
     if (!snapshot.table) {
         if (snapshot.failures == kMaxBoxReadFailures) return nullptr;
         // The index holds all samples of the movie box from the start; only fragments come later.
-        snapshot.table =
-                mBoxes.compositionTable(trackRef(stream), static_cast<size_t>(entryCount));
+        snapshot.table = mBoxes.compositionTable(trackRef(stream), static_cast<size_t>(entryCount));
         if (!snapshot.table) {
             ++snapshot.failures;
             return nullptr;

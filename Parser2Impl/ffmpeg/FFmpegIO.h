@@ -36,7 +36,7 @@ class FFmpegIO : public android::RefBase {
 
 // The callbacks' opaque argument.
 struct IOData {
-    uint8_t* mBuffer;    // handed to the context, which may have replaced it since
+    uint8_t* mBuffer;     // handed to the context, which may have replaced it since
     int32_t mBufferSize;  // bytes
     OrvelDataSource* mDataSource;
     int64_t mOffset;  // byte position of the next read

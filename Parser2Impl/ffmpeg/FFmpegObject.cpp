@@ -58,6 +58,8 @@ status_t FFmpegObject::initialize() {
         return NO_MEMORY;
     }
     mFormatCtx->pb = mFFmpegIO->getContext();
+    // From here on the context may be closed without ever having been opened, which would set it.
+    mFormatCtx->flags |= AVFMT_FLAG_CUSTOM_IO;
     if (mInputFormat == nullptr) return OK;
 
     if (av_match_name("mov", mInputFormat->name)) {

@@ -36,10 +36,10 @@ class FFmpegObject : public android::RefBase {
     // One track: a stream that has a MIME type. Held by value, in ascending stream order; a track
     // index is a position in that list, and can differ from the stream index.
     struct TrackInfo {
-        OrvelMetaData meta;         // the track format
-        int32_t streamIndex = -1;   // FFmpeg's; the key of the reader's track map
-        AVRational timeBase = {};   // the stream's, seconds
-        int64_t durationUs = 0;     // 0: unknown
+        OrvelMetaData meta;          // the track format
+        int32_t streamIndex = -1;    // FFmpeg's; the key of the reader's track map
+        AVRational timeBase = {};    // the stream's, seconds
+        int64_t durationUs = 0;      // 0: unknown
         AVStream* stream = nullptr;  // lives as long as the format context
         // Bits per coded sample of the last audio track described so far: its own, for an audio
         // track.
@@ -158,7 +158,7 @@ class FFmpegObject : public android::RefBase {
     int32_t mBitsPerSample = 0;
     int32_t mBufferMode = 0;
     bool mPlayBackMode = false;
-    bool mHasVideo = false;  // some track is a video track
+    bool mHasVideo = false;                         // some track is a video track
     std::unique_ptr<FFmpegExtensions> mExtensions;  // null until the container is open
 };
 

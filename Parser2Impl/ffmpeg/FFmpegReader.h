@@ -139,8 +139,8 @@ class FFmpegReader : public android::AHandler {
                                           int flags);
 
     // Delivery. ReaderDelivery.cpp
-    android::status_t findCache(int32_t trackIndex, android::sp<Cache>* cache,
-                                int32_t* streamIndex, bool* bigBuffer);
+    android::status_t findCache(int32_t trackIndex, android::sp<Cache>* cache, int32_t* streamIndex,
+                                bool* bigBuffer);
     void appendPackets(Cache& cache, int32_t streamIndex, IOrvelMediaBuffer& buffer);
 
     // Conversion, under mLock for its whole length. SampleConversion.cpp

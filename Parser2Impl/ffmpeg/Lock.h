@@ -53,9 +53,7 @@ class Condition {
     Condition& operator=(const Condition&) = delete;
 
     // Spurious wake-ups happen: call it in a loop over the awaited state.
-    void wait(Mutex& mutex) ORVEL_REQUIRES(mutex) {
-        wait(&mutex.mMutex);
-    }
+    void wait(Mutex& mutex) ORVEL_REQUIRES(mutex) { wait(&mutex.mMutex); }
     void signal() { pthread_cond_signal(&mCondition); }
 
   private:
@@ -87,7 +85,8 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
     void lockForPass() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
         pthread_mutex_lock(&mMutex);
         mPassWaiting = true;
-        while (mWaiting.load() > 0) mNobodyWaits.wait(&mMutex);
+        while (mWaiting.load() > 0)
+            mNobodyWaits.wait(&mMutex);
         mPassWaiting = false;
     }
 
@@ -100,9 +99,9 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
 
   private:
     pthread_mutex_t mMutex;
-    Condition mNobodyWaits;          // mWaiting fell to 0 while a pass waited
-    std::atomic<int> mWaiting{0};    // threads inside lock() that do not have the mutex yet
-    bool mPassWaiting = false;       // guarded by mMutex
+    Condition mNobodyWaits;        // mWaiting fell to 0 while a pass waited
+    std::atomic<int> mWaiting{0};  // threads inside lock() that do not have the mutex yet
+    bool mPassWaiting = false;     // guarded by mMutex
 };
 
 // Holds a Mutex or a ReaderMutex for a scope.

@@ -36,7 +36,8 @@ class PacketQueue {
     void grow() {
         const size_t capacity = mCapacity == 0 ? kFirstCapacity : 2 * mCapacity;
         std::unique_ptr<AVPacket*[]> slots(new AVPacket*[capacity]);
-        for (size_t i = 0; i < mCount; ++i) slots[i] = mSlots[(mHead + i) & (mCapacity - 1)];
+        for (size_t i = 0; i < mCount; ++i)
+            slots[i] = mSlots[(mHead + i) & (mCapacity - 1)];
         mSlots = std::move(slots);
         mCapacity = capacity;
         mHead = 0;

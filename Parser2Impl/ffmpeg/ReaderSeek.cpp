@@ -24,7 +24,9 @@ constexpr AVRational kMicroseconds = {1, 1000000};
 constexpr int kForward = 0;
 constexpr int kBackward = AVSEEK_FLAG_BACKWARD;
 
-AVMediaType mediaType(const AVStream* stream) { return stream->codecpar->codec_type; }
+AVMediaType mediaType(const AVStream* stream) {
+    return stream->codecpar->codec_type;
+}
 
 int64_t streamTimestamp(int64_t timeUs, AVRational timeBase) {
     const int64_t timestamp = av_rescale_q(timeUs, kMicroseconds, timeBase);
@@ -162,8 +164,7 @@ void FFmpegReader::correctTimeStampAndSeekFlags(AVStream* stream, const Presenta
     const int64_t requested = *timestamp;
     const auto correctFor = [&](BackwardSeek backward) {
         if (times == nullptr) return;
-        const int64_t found =
-                times->searchClosest(requested, ClosestMode::SeekTimestamp, backward);
+        const int64_t found = times->searchClosest(requested, ClosestMode::SeekTimestamp, backward);
         if (found >= 0) *timestamp = found;
     };
     correctFor(BackwardSeek::ByDecodeTime);

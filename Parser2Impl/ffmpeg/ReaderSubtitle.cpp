@@ -46,9 +46,8 @@ status_t FFmpegReader::readSubtitleData(FFmpegObject& object, Track& track) {
     }
     packet->stream_index = stream->index;
     packet->dts = entry.timestamp;
-    packet->pts = object.mExtensions->isMov()
-                          ? object.mExtensions->presentationTime(stream, index)
-                          : entry.timestamp;
+    packet->pts = object.mExtensions->isMov() ? object.mExtensions->presentationTime(stream, index)
+                                              : entry.timestamp;
     if ((entry.flags & AVINDEX_KEYFRAME) != 0) packet->flags |= AV_PKT_FLAG_KEY;
     packet->pos = entry.pos;
     track.mCache->queueBuffer(packet);

@@ -35,7 +35,7 @@ class FFmpegReader::Cache : public android::RefBase {
   private:
     void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
 
-    Mutex mLock;  // the innermost lock: nothing is locked under it
+    Mutex mLock;           // the innermost lock: nothing is locked under it
     Condition mCondition;  // a packet was queued, or the end signalled
     PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     android::status_t mEOSResult ORVEL_GUARDED_BY(mLock) = android::OK;

@@ -112,7 +112,7 @@ int64_t FFmpegReader::calculateTargetTimeUs(int64_t seekTimeUs, const FFmpegObje
                                             const Track& track) {
     if (track.mPresentationTimes == nullptr) return seekTimeUs;
     const int64_t timestamp = av_rescale_q(seekTimeUs, kMicroseconds, info.timeBase);
-    const int64_t found = 
+    const int64_t found =
             track.mPresentationTimes->searchClosest(timestamp, ClosestMode::PresentationTime);
     return found < 0 ? seekTimeUs : av_rescale_q(found, info.timeBase, kMicroseconds);
 }
