@@ -174,6 +174,13 @@ TEST(Mp4BoxReader, tracks_areNamedByIdAndPlaceAmongThoseWithIt) {
     for (const auto& c : cases) {
         EXPECT_EQ(tableOf(file, c.ref)->movieOffsets, std::vector<int32_t>{c.offset});
     }
+    // A table that claims more than its parents hold does not reach into what follows them.
+    const Bytes reaching = box("mdia", box("minf", box("stbl", {}, 500)));
+    const Bytes head = box("tkhd", words({0, 0, 0, 1}));
+    const auto own =
+            tableOf(box("moov", join({box("trak", join({head, reaching})), ctts({{1, 6}})})));
+    ASSERT_TRUE(own);
+    EXPECT_TRUE(own->movieOffsets.empty());
     EXPECT_FALSE(tableOf(file, {2, 2}));
     EXPECT_FALSE(tableOf(file, {3, 0}));
 }
@@ -244,7 +251,8 @@ TEST(Mp4BoxReader, fragments_positionsFollowTheBases) {
              1, {{start + 8 + 300, 10}}},
             {"explicit base and size", moof({traf({0x11, 1, 0, 9000, 60}, {0x801, 2, -1000, 1, 2})}),
              2, {{8000, 1}, {8060, 2}}},
-            {"behind another track", moof({traf({0, 2}, {1, 3, 500}), traf({0, 1}, {kOff, 1, 4})}),
+            {"behind another track", moof({traf({0, 2}, {0x201, 2, 500, 1000, 2000}),
+                                           traf({0, 1}, {kOff, 1, 4})}),
              1, {{start + 3500, 4}}},
             {"not behind no track", moof({traf({0, 9}, {1, 3, 500}), traf({0, 1}, {kOff, 1, 4})}),
              1, {{start, 4}}},
@@ -272,6 +280,7 @@ TEST(Mp4BoxReader, fragments_positionsFollowTheBases) {
     const std::pair<const char*, Bytes> broken[] = {
             {"more samples than the run holds", traf({0, 1}, {kOff, 3, 1, 2})},
             {"far more samples", traf({0, 1}, {kOff, 0xFFFFFFFF, 1, 2})},
+            {"table cut", traf({0, 1}, {0x100, 2, 1})},
             {"no defaults", traf({0, 8}, {0, 0})},
             {"no header", box("traf", box("trun", words({0, 1})))},
             {"before the file", traf({0, 1}, {0x801, 1, -99999, 1})},
@@ -283,6 +292,11 @@ TEST(Mp4BoxReader, fragments_positionsFollowTheBases) {
     for (const auto& [name, fragment] : broken) {
         EXPECT_FALSE(tableOf(join({kMovie, box("moof", fragment)}))) << name;
     }
+    const Bytes twins =
+            join({box("moov", join({trak(1, {}), trak(1, {}), box("mvex", trex(1, 5))})),
+                  moof({traf({0, 1}, {0, 2})})});
+    EXPECT_EQ(tableOf(twins, {1, 0})->runSampleCount, 2u);
+    EXPECT_EQ(tableOf(twins, {1, 1})->runSampleCount, 0u);
 }
 
 // Two questions to a file of all kinds: every source either gets the true answers or none.

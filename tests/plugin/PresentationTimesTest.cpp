@@ -148,7 +148,7 @@ TEST(PresentationTimes, hostileNumbers_saturate) {
 // Three samples of the movie box, then two runs with offsets (one sample of them without bytes, so
 // that two share a position) and a run of two samples without.
 TEST(PresentationTimes, fragments_offsetsGoByPosition_andOnlyAFullIndexAnswers) {
-    CompositionTable table = withOffsets({7, 8, 9, 99}, 1);
+    CompositionTable table = withOffsets({7, 8, 9, 99, 99, 99, 99, 99, 99, 99}, 1);
     table.runSampleCount = 7;
     for (const auto& [position, offset] : std::initializer_list<std::pair<int64_t, int32_t>>{
                  {900, 3}, {910, 4}, {500, -6}, {500, 5}, {530, 1}}) {
