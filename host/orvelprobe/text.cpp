@@ -38,6 +38,11 @@ std::string formatted(const char* format, Arguments... arguments) {
     return std::string(text, static_cast<size_t>(length));
 }
 
+// Without overflow, also for the smallest value.
+uint64_t magnitude(int64_t value) {
+    return value < 0 ? static_cast<uint64_t>(-(value + 1)) + 1 : static_cast<uint64_t>(value);
+}
+
 // Length of the well-formed UTF-8 sequence at `text` (RFC 3629, section 4), 0 when there is none.
 size_t sequenceLength(std::string_view text) {
     const auto byte = [text](size_t i) {
@@ -88,20 +93,22 @@ std::string sizeText(uint64_t bytes) {
 
 std::string secondsText(int64_t us) {
     const bool negative = us < 0;
-    const uint64_t value = negative ? 0 - static_cast<uint64_t>(us) : static_cast<uint64_t>(us);
+    const uint64_t value = magnitude(us);
     const bool fine = value % 1000 != 0;
     const uint64_t fraction = fine ? value % 1000000 : value % 1000000 / 1000;
     return formatted(fine ? "%s%" PRIu64 ".%06" PRIu64 " s" : "%s%" PRIu64 ".%03" PRIu64 " s",
                      negative ? "-" : "", value / 1000000, fraction);
 }
 
-std::string offsetText(int64_t us) {
-    return (us < 0 ? "" : "+") + secondsText(us);
+std::string offsetText(int64_t us, int64_t fromUs) {
+    int64_t offset = 0;
+    if (__builtin_sub_overflow(us, fromUs, &offset)) offset = us < fromUs ? INT64_MIN : INT64_MAX;
+    return (offset < 0 ? "" : "+") + secondsText(offset);
 }
 
 std::string durationText(int64_t us) {
     const std::string sign = us < 0 ? "-" : "";
-    const uint64_t ms = (us < 0 ? 0 - static_cast<uint64_t>(us) : static_cast<uint64_t>(us)) / 1000;
+    const uint64_t ms = magnitude(us) / 1000;
     const uint64_t minutes = ms / 60000, hours = minutes / 60;
     if (hours == 0) return sign + formatted("%" PRIu64 ":%06.3f", minutes, ms % 60000 / 1000.0);
     return sign +

@@ -14,8 +14,8 @@ std::string countText(uint64_t count, const char* noun);
 std::string sizeText(uint64_t bytes);
 // "12.066667 s", with as many decimals as microseconds need: three at least.
 std::string secondsText(int64_t us);
-// The same with a sign always: "+0.488 s".
-std::string offsetText(int64_t us);
+// How far `us` lies behind `fromUs`, with a sign always: "+0.488 s", "-1.000 s".
+std::string offsetText(int64_t us, int64_t fromUs);
 // "0:12.345", "1:02:03.004".
 std::string durationText(int64_t us);
 std::string hexText(const void* data, size_t size);

@@ -198,10 +198,10 @@ void writeSeeks(const Page& page, const Report& report) {
                         i == 0 ? label + "  landed at " : std::string(13, ' ') + "then at ";
                 text += secondsText(sample.timeUs);
                 text += sample.sync ? ", key" : ", not key";
-                if (i == 0) text += ", " + offsetText(sample.timeUs - seek.timeUs);
+                if (i == 0) text += ", " + offsetText(sample.timeUs, seek.timeUs);
                 if (sample.targetTimeUs) {
                     text += "; target " + secondsText(*sample.targetTimeUs) + ", " +
-                            offsetText(*sample.targetTimeUs - seek.timeUs);
+                            offsetText(*sample.targetTimeUs, seek.timeUs);
                 }
                 page.line(text + ", " + sizeText(sample.size));
             }
