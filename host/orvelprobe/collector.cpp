@@ -115,18 +115,21 @@ Collector::~Collector() {
     standin::waitForLooperThreads();
 }
 
-Report Collector::run(const std::string& file,
-                      const std::function<void(const Report&)>& beforeReading) {
-    Report report;
-    report.file = file;
-    report.listSamples = mOptions.samples;
+const Report& Collector::run(const std::string& file,
+                             const std::function<void(const Report&)>& beforeReading) {
+    mReport.file = file;
+    mReport.listSamples = mOptions.samples;
     try {
-        mSession = std::make_unique<Session>(mOptions, mState, report);
+        mSession = std::make_unique<Session>(mOptions, mState, mReport);
         mSession->run(beforeReading);
+    } catch (const host::SourceError& error) {
+        std::string text = error.what();
+        if (text.rfind(file + ": ", 0) == 0) text.erase(0, file.size() + 2);  // it heads the page
+        mReport.fail(kExitUsage, text);
     } catch (const std::exception& error) {
-        report.fail(kExitUsage, error.what());
+        mReport.fail(kExitUsage, error.what());
     }
-    return report;
+    return mReport;
 }
 
 void Collector::Session::run(const std::function<void(const Report&)>& beforeReading) {

@@ -22,13 +22,16 @@ class Collector {
 
     // Calls `beforeReading` with what is known so far, once, if there is anything to read: what
     // follows may be the end of this process.
+    // The report is the collector's.
     // Never throws: whatever goes wrong is in the report's error and exit code.
-    Report run(const std::string& file, const std::function<void(const Report&)>& beforeReading);
+    const Report& run(const std::string& file,
+                      const std::function<void(const Report&)>& beforeReading);
 
   private:
     class Session;
     const Options& mOptions;
     ChildState& mState;
+    Report mReport;
     std::unique_ptr<Session> mSession;
 };
 

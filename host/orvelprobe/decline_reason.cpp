@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "text.h"
+
 namespace orvel::probe {
 namespace {
 
@@ -17,7 +19,6 @@ constexpr Reason kReasons[] = {
          "the plug-in stands back in processes of this name"},
         {"FFmpegObject initCheck failed", "the plug-in could not set itself up"},
         {"sniff fail: OOM", "no memory for the probe"},
-        {"Resource itself issue", "too short: a probe needs 1024 bytes"},
         {"id3 tag size is corrupted", "its ID3 tags take 3 MiB or more"},
         {"sniff: could not find stream information", "its streams cannot be made out"},
 };
@@ -31,6 +32,14 @@ std::string declineReason(const std::vector<std::string>& log, const std::string
     for (const Reason& reason : kReasons) {
         for (const std::string& line : log) {
             if (line.find(reason.logged) != std::string::npos) return reason.sentence;
+        }
+    }
+    for (const std::string& line : log) {
+        long wanted = 0, got = 0;
+        if (sscanf(line.c_str(), "Wanna read %ld bytes, but got %ld bytes", &wanted, &got) == 2) {
+            return got < 0 ? "the source could not be read: " +
+                                     statusText(static_cast<int32_t>(got))
+                           : "too short: a probe needs 1024 bytes and got " + std::to_string(got);
         }
     }
     for (const std::string& line : log) {

@@ -18,8 +18,9 @@ class LogCapture {
 
     // The texts of info priority and above since the last call, the last 64 of them.
     std::vector<std::string> takeRecent();
-    // The warnings and errors since construction, but for those of any ordinary run: each different text once, with how often it came;
-    // at most `maxLines`, then a line that says how many more there are.
+    // The warnings and errors since construction, but for those of any ordinary run: each different
+    // text once, with how often it came; at most `maxLines`, then a line that says how many more
+    // there are.
     std::vector<std::string> warnings(size_t maxLines) const;
 
   private:

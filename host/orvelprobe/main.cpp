@@ -1,5 +1,6 @@
 // The command: expands the files, has each handled by a child, writes the results in order.
 #include <cutils/properties.h>
+#include <dlfcn.h>
 #include <standin/log_control.h>
 #include <string.h>
 #include <sys/ioctl.h>
@@ -9,14 +10,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <string>
 
 #include "collector.h"
 #include "file_list.h"
 #include "json_output.h"
 #include "options.h"
+#include "plugin_path.h"
 #include "progress_line.h"
 #include "supervisor.h"
+#include "text.h"
 #include "text_output.h"
 
 namespace orvel::probe {
@@ -100,7 +104,7 @@ class Command {
         }
         standin::setLogLevel(mOptions.logPriority);
         Collector collector(mOptions, state);
-        const Report report = collector.run(mFiles[index], [this, out](const Report& soFar) {
+        const Report& report = collector.run(mFiles[index], [this, out](const Report& soFar) {
             // A page to fall back on; a machine wants one object or the error.
             if (mOptions.json) return;
             write(soFar, out);
@@ -140,6 +144,7 @@ class Command {
             fputs(page.c_str(), stdout);
         }
         mExitCode = std::max(mExitCode, exitCode);
+        if (outcome.how == Outcome::How::Finished && mFiles.size() - index > 3) preload();
         if (fflush(stdout) != 0) {
             fprintf(stderr, "orvelprobe: cannot write to stdout: %s\n", strerror(errno));
             mExitCode = std::max<int>(mExitCode, kExitUsage);
@@ -148,9 +153,24 @@ class Command {
         // One line for a log or a pipeline; on a terminal the page has just said it.
         const bool seen = !mOptions.json && isatty(STDOUT_FILENO) && isatty(STDERR_FILENO);
         if (!error.empty() && !seen) {
-            fprintf(stderr, "orvelprobe: %s: %s\n", mFiles[index].c_str(), error.c_str());
+            fprintf(stderr, "orvelprobe: %s: %s\n", printable(mFiles[index]).c_str(),
+                    printable(error).c_str());
         }
         return true;
+    }
+
+    // A child has loaded the plug-in and come to a good end: from now on children inherit it
+    // loaded, with the many libraries behind it, instead of each spending most of its time on that.
+    // Nothing of it is called here.
+    void preload() {
+        if (mPreloaded) return;
+        mPreloaded = true;
+        try {
+            const auto path = std::filesystem::absolute(findPlugin(mOptions.pluginPath));
+            dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        } catch (const std::exception&) {
+            // Then each child loads it for itself, as the first one did.
+        }
     }
 
     // The page that the file got as far as, if any, and how it ended.
@@ -174,6 +194,7 @@ class Command {
     ProgressLine mProgress;
     std::vector<std::string> mFiles;
     int mExitCode = kExitFine;
+    bool mPreloaded = false;
 };
 
 }  // namespace

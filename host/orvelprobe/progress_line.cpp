@@ -12,6 +12,7 @@ namespace orvel::probe {
 namespace {
 
 constexpr auto kAppearsAfter = std::chrono::milliseconds(500);
+constexpr auto kRedrawnAfter = std::chrono::milliseconds(100);
 constexpr size_t kBarColumns = 24;
 
 size_t terminalColumns() {
@@ -33,11 +34,9 @@ void ProgressLine::draw(const std::string& file, size_t index, size_t files,
                         const ChildState* state) {
     if (!mEnabled) return;
     const auto now = std::chrono::steady_clock::now();
-    if (index != mIndex) {
-        mIndex = index;
-        if (!mShown) mSince = now;
-    }
-    if (!mShown && now - mSince < kAppearsAfter) return;
+    if (now - mSince < (mAppeared ? kRedrawnAfter : kAppearsAfter)) return;
+    mSince = now;
+    mAppeared = true;
     std::string text;
     if (files > 1) text += std::to_string(index + 1) + "/" + std::to_string(files) + " ";
     if (state && state->samples > 0) {

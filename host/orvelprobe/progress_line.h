@@ -8,8 +8,8 @@
 
 namespace orvel::probe {
 
-// Draws on stderr, and only if that is a terminal. Appears after a moment, so that short reads
-// leave no trace.
+// Draws on stderr, and only if that is a terminal. Appears after a moment, so that short runs leave
+// no trace.
 class ProgressLine {
   public:
     explicit ProgressLine(bool enabled);
@@ -22,8 +22,8 @@ class ProgressLine {
   private:
     const bool mEnabled;
     bool mShown = false;
-    size_t mIndex = 0;
-    std::chrono::steady_clock::time_point mSince;
+    bool mAppeared = false;
+    std::chrono::steady_clock::time_point mSince;  // construction, or the last drawing
 };
 
 }  // namespace orvel::probe
