@@ -74,7 +74,7 @@ TEST(TextOutput, seek_showsAskedLandedTargetAndDistance) {
 TEST(TextOutput, terminal_getsColourAndAProgressLineThatGoesAway) {
     const Workspace work;
     const std::string file = work.file("f", std::string(kMovie) + "on read hang\n");
-    const RunResult run = work.probeOnTerminal({"--read", "--timeout", "1.5", file});
+    const RunResult run = work.probeOnTerminal({"--read", "--timeout", "2.5", file});
     EXPECT_EQ(run.exitCode, 3);
     const size_t progress = run.out.find("\r\x1B[K[");
     ASSERT_NE(progress, std::string::npos) << run.out;
