@@ -111,6 +111,23 @@ TEST_F(LooperTest, Messages_ComeByTimeAndThenInPostingOrder) {
     EXPECT_EQ(delivered(), (std::vector<uint32_t>{1, 6}));
 }
 
+TEST_F(LooperTest, SettingTheClock_WakesTheLooper) {
+    looper->start();
+    for (int64_t round = 1; round <= 100; ++round) {
+        standin::setLooperTimeUs(round * 10);
+        Latch came;
+        handler->function = [&came](const sp<AMessage>& message) {
+            if (message->what() == kFence) return reply(message);
+            came.open();
+        };
+        message(1)->post(5);
+        delivered();
+        std::this_thread::yield();  // most often the looper waits by now
+        standin::setLooperTimeUs(round * 10 + 5);
+        came.wait();
+    }
+}
+
 TEST_F(LooperTest, DelayedMessage_ComesByTheSystemClock) {
     Latch came;
     int64_t cameUs = 0;
@@ -215,6 +232,7 @@ TEST_F(LooperTest, ReplyThatCannotCome_EndsTheWait) {
     sp<AMessage> late = message(1);
     looper.clear();
     EXPECT_EQ(late->postAndAwaitResponse(&response), -ENOENT) << "looper gone";
+    EXPECT_EQ(handler->id(), 0) << "free for another looper";
     EXPECT_EQ(late->post(), -ENOENT);
     EXPECT_EQ(response, nullptr);
     looper = new ALooper;
@@ -224,6 +242,7 @@ TEST_F(LooperTest, Stop_EndsWaitsAndDestroysWhatIsQueued) {
     std::atomic<int> alive{0};
     Latch entered;
     Latch leave;
+    std::atomic<bool> left{false};
     std::atomic<int> calls{0};
     sp<AReplyToken> kept;
     handler->function = [&](const sp<AMessage>& message) {
@@ -231,6 +250,7 @@ TEST_F(LooperTest, Stop_EndsWaitsAndDestroysWhatIsQueued) {
         message->senderAwaitsResponse(&kept);
         entered.open();
         leave.wait();
+        left = true;
     };
     looper->start();
     std::vector<std::thread> waiters;
@@ -250,7 +270,10 @@ TEST_F(LooperTest, Stop_EndsWaitsAndDestroysWhatIsQueued) {
     }
     EXPECT_EQ(alive.load(), 100);
 
-    std::thread stopper([&] { EXPECT_EQ(looper->stop(), OK); });
+    std::thread stopper([&] {
+        EXPECT_EQ(looper->stop(), OK);
+        EXPECT_TRUE(left.load()) << "stop waits for the message that is being handled";
+    });
     while (message(3)->post() == OK)
         std::this_thread::yield();
     leave.open();
