@@ -43,9 +43,10 @@ struct ALooper : public RefBase {
     // INVALID_OPERATION when it is running. The other two parameters mean nothing here.
     status_t start(bool runOnCallingThread = false, bool canCallJava = false, int32_t priority = 0);
 
-    // Waits for the message that is being handled and joins the thread, unless called on it. What
-    // is still queued is destroyed on the calling thread without being delivered, and who waits for
-    // a reply gets -ENOENT. INVALID_OPERATION when it is not running.
+    // Waits for the message that is being handled and joins the thread, unless called on it or the
+    // looper runs on a caller of start(). What is still queued is destroyed on the calling thread
+    // without being delivered, and who waits for a reply gets -ENOENT. INVALID_OPERATION when it is
+    // not running.
     status_t stop();
 
     // The looper's clock: microseconds, monotonic, of no known origin.
