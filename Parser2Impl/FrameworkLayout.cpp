@@ -1,5 +1,5 @@
-// The layouts by which the framework, a separate binary, reads what the plug-in hands it. Nothing
-// is compiled into the library: a platform whose records differ fails to build here.
+// The layouts of the records that the framework, a separate binary, and the plug-in hand each other.
+// Nothing is compiled into the library: a platform whose records differ fails to build here.
 #include <stddef.h>
 
 #include <media/MediaExtractorPluginApi.h>
@@ -7,6 +7,9 @@
 namespace orvel {
 namespace {
 
+using android::CDataSource;
+using android::CMediaBuffer;
+using android::CMediaBufferGroup;
 using android::CMediaExtractor;
 using android::CMediaTrack;
 using android::ExtractorDef;
@@ -42,6 +45,30 @@ static_assert(offsetof(CMediaTrack, stop) == 3 * kPointer);
 static_assert(offsetof(CMediaTrack, getFormat) == 4 * kPointer);
 static_assert(offsetof(CMediaTrack, read) == 5 * kPointer);
 static_assert(offsetof(CMediaTrack, supportsNonBlockingRead) == 6 * kPointer);
+
+static_assert(sizeof(CDataSource) == 5 * kPointer);
+static_assert(offsetof(CDataSource, readAt) == 0 * kPointer);
+static_assert(offsetof(CDataSource, getSize) == 1 * kPointer);
+static_assert(offsetof(CDataSource, flags) == 2 * kPointer);
+static_assert(offsetof(CDataSource, getUri) == 3 * kPointer);
+static_assert(offsetof(CDataSource, handle) == 4 * kPointer);
+
+static_assert(sizeof(CMediaBufferGroup) == 5 * kPointer);
+static_assert(offsetof(CMediaBufferGroup, handle) == 0 * kPointer);
+static_assert(offsetof(CMediaBufferGroup, init) == 1 * kPointer);
+static_assert(offsetof(CMediaBufferGroup, add_buffer) == 2 * kPointer);
+static_assert(offsetof(CMediaBufferGroup, acquire_buffer) == 3 * kPointer);
+static_assert(offsetof(CMediaBufferGroup, has_buffers) == 4 * kPointer);
+
+static_assert(sizeof(CMediaBuffer) == 8 * kPointer);
+static_assert(offsetof(CMediaBuffer, handle) == 0 * kPointer);
+static_assert(offsetof(CMediaBuffer, release) == 1 * kPointer);
+static_assert(offsetof(CMediaBuffer, data) == 2 * kPointer);
+static_assert(offsetof(CMediaBuffer, size) == 3 * kPointer);
+static_assert(offsetof(CMediaBuffer, range_offset) == 4 * kPointer);
+static_assert(offsetof(CMediaBuffer, range_length) == 5 * kPointer);
+static_assert(offsetof(CMediaBuffer, set_range) == 6 * kPointer);
+static_assert(offsetof(CMediaBuffer, meta_data) == 7 * kPointer);
 
 }  // namespace
 }  // namespace orvel

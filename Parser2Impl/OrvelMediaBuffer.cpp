@@ -70,6 +70,12 @@ android::status_t OrvelMediaBufferGroup::acquire_buffer(IOrvelMediaBuffer** out,
     }
     // Runs for every sample: the entry is made for a buffer's first use alone.
     OrvelMediaBuffer*& wrapper = mWrappers[helper];
+    // A group that replaces a buffer by a larger one may make the new one where the old one was:
+    // the same helper then, with another format.
+    if (wrapper != nullptr && wrapper->meta_data().getHandle() != helper->meta_data()) {
+        delete wrapper;
+        wrapper = nullptr;
+    }
     if (wrapper == nullptr) wrapper = new OrvelMediaBuffer(helper);
     *out = wrapper;
     wrapper->meta_data().clear();  // nothing of the buffer's previous use may survive

@@ -64,9 +64,10 @@ using AVInputFormatPtr = AVInputFormat*;
 
 namespace compat {
 
-// libavformat 59 seeks HEVC tracks whose CRA pictures are marked by 'sync' sample groups by the
-// presentation time of those pictures, and its forward seeks there fall to the first sample.
-constexpr bool kSeeksHevcByCraPresentation = LIBAVFORMAT_VERSION_MAJOR == 59;
+// From libavformat 59 on, HEVC tracks whose open random access points are marked by 'sync' sample
+// groups are sought by the presentation time of those pictures: backward seeks go a group of
+// pictures too far, forward seeks fall to the first sample.
+constexpr bool kSeeksHevcByCraPresentation = LIBAVFORMAT_VERSION_MAJOR >= 59;
 
 inline void registerAll() {
 #if LIBAVFORMAT_VERSION_MAJOR < 59

@@ -1,6 +1,7 @@
 #include "FFmpegExtensions.h"
 
 #include <math.h>
+#include <stdio.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -92,11 +93,13 @@ Mp4TrackRef FFmpegExtensions::trackRef(const AVStream* stream) const {
     return ref;
 }
 
-std::vector<std::vector<uint8_t>> FFmpegExtensions::timedTextDescriptions(const AVStream* stream) {
+std::vector<ByteRange> FFmpegExtensions::timedTextDescriptions(const AVStream* stream) {
     if (!mIsMov) return {};
-    auto descriptions = mBoxes.timedTextDescriptions(trackRef(stream));
-    if (!descriptions) return {};
-    return std::move(*descriptions);
+    return mBoxes.timedTextDescriptions(trackRef(stream)).value_or(std::vector<ByteRange>());
+}
+
+bool FFmpegExtensions::readTimedText(const std::vector<ByteRange>& descriptions, uint8_t* out) {
+    return mBoxes.readRanges(descriptions, out);
 }
 
 std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
@@ -115,16 +118,27 @@ std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
             return nullptr;
         }
     }
-    snapshot.times = std::make_shared<PresentationTimes>(
-            static_cast<size_t>(entryCount),
-            [stream](size_t index) {
-                const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));
-                return IndexEntry{entry->timestamp, entry->pos,
-                                  (entry->flags & AVINDEX_KEYFRAME) != 0};
-            },
-            *snapshot.table, movieSamples);
+    const auto entryAt = [stream](size_t index) {
+        const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));
+        return IndexEntry{entry->timestamp, entry->pos, (entry->flags & AVINDEX_KEYFRAME) != 0};
+    };
+    const auto count = static_cast<size_t>(entryCount);
+    if (snapshot.table->runSampleCount == 0) {
+        snapshot.times = std::make_shared<PresentationTimes>(
+                count, entryAt, std::move(*snapshot.table), movieSamples);
+    } else {
+        snapshot.times =
+                std::make_shared<PresentationTimes>(count, entryAt, *snapshot.table, movieSamples);
+    }
+    // A complete index does not grow any more.
+    if (snapshot.times->complete()) snapshot.table.reset();
     snapshot.entryCount = entryCount;
     return snapshot.times;
+}
+
+bool FFmpegExtensions::seeksByPresentationOfCra(const AVStream* stream) {
+    return compat::kSeeksHevcByCraPresentation && mIsMov &&
+           stream->codecpar->codec_id == AV_CODEC_ID_HEVC && mBoxes.hasSyncGroups(trackRef(stream));
 }
 
 int64_t FFmpegExtensions::presentationTime(const AVStream* stream, int index) {

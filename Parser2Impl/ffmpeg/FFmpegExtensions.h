@@ -40,9 +40,14 @@ class FFmpegExtensions {
     // The "rotate" entry of a stream as a number of degrees, clockwise.
     std::optional<int32_t> rotationDegrees(const AVStream* stream) const;
 
-    // Whole sample entries of type 'tx3g' in the order of the file (3GPP TS 26.245, 5.16). Empty
-    // without any, and when they cannot be read.
-    std::vector<std::vector<uint8_t>> timedTextDescriptions(const AVStream* stream);
+    // Where the stream's sample entries of type 'tx3g' (3GPP TS 26.245, 5.16) lie in the file: whole
+    // boxes in their order, which the file has room for. Empty without any, and when they cannot be
+    // read.
+    std::vector<ByteRange> timedTextDescriptions(const AVStream* stream);
+
+    // Reads them one behind the other into out, which has room for the sum of their sizes; false
+    // when some byte cannot be read.
+    bool readTimedText(const std::vector<ByteRange>& descriptions, uint8_t* out);
 
     // The container is of the MP4 family.
     bool isMov() const { return mIsMov; }
@@ -50,6 +55,10 @@ class FFmpegExtensions {
     // The presentation times of what the stream's index holds by now; null when they are not to be
     // had: another container, boxes that cannot be read.
     std::shared_ptr<const PresentationTimes> presentationTimes(const AVStream* stream);
+
+    // By the library's version: the demuxer seeks this stream by the presentation times of its open
+    // key pictures, which needs other arguments going backward and does not work going forward.
+    bool seeksByPresentationOfCra(const AVStream* stream);
 
     // The presentation time of one index entry, in the stream's time base: the entry's own
     // timestamp where nothing better is known.
@@ -59,7 +68,7 @@ class FFmpegExtensions {
     class Source;
 
     struct Snapshot {
-        std::optional<CompositionTable> table;  // of the whole file
+        std::optional<CompositionTable> table;  // while the index can still grow
         int failures = 0;                       // to read it
         int entryCount = -1;                    // of the index when times was made
         std::shared_ptr<const PresentationTimes> times;

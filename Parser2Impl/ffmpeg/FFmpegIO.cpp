@@ -53,7 +53,8 @@ int readDataSource(void* opaque, uint8_t* buffer, int size) {
         ALOGE("error: bufis NULL");
         return AVERROR(EINVAL);
     }
-    const ssize_t n = source->readAt(data->mOffset, buffer, static_cast<size_t>(size));
+    ssize_t n = source->readAt(data->mOffset, buffer, static_cast<size_t>(size));
+    if (n > size) n = android::ERROR_IO;  // more than there is room for: a broken source
     if (n == 0 || n == android::ERROR_END_OF_STREAM) {
         ALOGE("in readDataSource, end of stream, ret:%zd, mOffset:%lld", n,
               static_cast<long long>(data->mOffset));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include <utils/RefBase.h>
@@ -41,6 +42,9 @@ struct IOData {
     OrvelDataSource* mDataSource;
     int64_t mOffset;  // byte position of the next read
 };
+
+static_assert(offsetof(IOData, mBuffer) == 0 && offsetof(IOData, mBufferSize) == 8 &&
+              offsetof(IOData, mDataSource) == 16 && offsetof(IOData, mOffset) == 24);
 
 // AVIOContext read callback: bytes read, AVERROR_EOF at the end, or the source's negative status.
 // The position moves by what was read.

@@ -75,6 +75,7 @@ status_t FFmpegObject::initialize() {
         ALOGE("find stream info error: %s", ErrorText(result).c_str());
         return BAD_VALUE;
     }
+    takeFileFacts();
     mExtensions = std::make_unique<FFmpegExtensions>(mFormatCtx, mDataSource);
     mReader = new FFmpegReader(this);
     mReader->init();
@@ -103,7 +104,9 @@ status_t FFmpegObject::start(int trackIndex, const sp<OrvelMetaData>& params) {
     if (mReader == nullptr) return UNKNOWN_ERROR;
     // Finding a key that the store knows succeeds even when the entry is absent; the buffer mode
     // then keeps its value.
-    if (params != nullptr && params->findInt32(kKeyExtraFlags, &mBufferMode)) {
+    int32_t bufferMode = mBufferMode;
+    if (params != nullptr && params->findInt32(kKeyExtraFlags, &bufferMode)) {
+        mBufferMode = bufferMode;
         const char* fileMime = getFileMime();
         const bool bigBuffers = fileMime != nullptr &&
                                 strcasecmp(fileMime, MEDIA_MIMETYPE_AUDIO_MPEG) == 0 &&

@@ -3,6 +3,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <atomic>
 #include <memory>
 
 #include <media/MediaExtractorPluginHelper.h>
@@ -96,7 +97,7 @@ class FFmpegObject : public android::RefBase {
 
     // Buffer mode: the bit of value 2 asks for several MP3 packets in one buffer. Playback mode:
     // non-zero when the source is local.
-    int getBufferMode() const { return mBufferMode; }
+    int getBufferMode() const { return mBufferMode.load(); }
     void setBufferMode(int mode) { mBufferMode = mode; }
     void setPlayBackMode(int mode) { mPlayBackMode = mode != 0; }
 
@@ -117,6 +118,21 @@ class FFmpegObject : public android::RefBase {
     // Reads mFormatCtx, mTracks and mExtensions through a promoted reference.
     friend class FFmpegReader;
 
+    // What the file metadata needs of the format context, taken when the container is open: from
+    // then on the demuxer may change its tags and streams, on the looper thread, while the
+    // framework asks.
+    struct FileFacts {
+        AVDictionary* tags = nullptr;
+        const char* audioMime = nullptr;  // of the best audio stream; null without one
+        AVPacket* cover = nullptr;        // the attached picture; null without one
+        AVCodecID coverCodec = AV_CODEC_ID_NONE;
+
+        ~FileFacts() {
+            av_dict_free(&tags);
+            av_packet_free(&cover);
+        }
+    };
+
     FFmpegObject(const FFmpegObject&) = delete;
     FFmpegObject& operator=(const FFmpegObject&) = delete;
 
@@ -136,6 +152,7 @@ class FFmpegObject : public android::RefBase {
     void initVideoMeta(AVStream* stream, OrvelMetaData& meta, const char* mime);
     void initSubtitleMeta(AVStream* stream, OrvelMetaData& meta);
 
+    void takeFileFacts();
     void setFileMime(OrvelMetaData& meta);
     void setAlbumArtRelatedMeta(OrvelMetaData& meta);
     void setAlbumArt(OrvelMetaData& meta);
@@ -156,9 +173,10 @@ class FFmpegObject : public android::RefBase {
     AVInputFormatPtr mInputFormat;  // a static object of the library
     android::Vector<TrackInfo> mTracks;
     int32_t mBitsPerSample = 0;
-    int32_t mBufferMode = 0;
+    std::atomic<int32_t> mBufferMode{0};  // tracks may be started from several threads
     bool mPlayBackMode = false;
-    bool mHasVideo = false;                         // some track is a video track
+    bool mHasVideo = false;  // some track is a video track
+    FileFacts mFileFacts;
     std::unique_ptr<FFmpegExtensions> mExtensions;  // null until the container is open
 };
 

@@ -75,12 +75,28 @@ status_t FFmpegObject::getFileMeta(OrvelMetaData& meta) {
     return OK;
 }
 
+void FFmpegObject::takeFileFacts() {
+    av_dict_copy(&mFileFacts.tags, mFormatCtx->metadata, 0);
+    const int audio = bestStream(AVMEDIA_TYPE_AUDIO);
+    if (audio >= 0) {
+        mFileFacts.audioMime = codecId2MimeType(mFormatCtx->streams[audio]->codecpar->codec_id);
+    }
+    const int video = bestStream(AVMEDIA_TYPE_VIDEO);
+    if (video < 0) return;
+    const AVStream* stream = mFormatCtx->streams[video];
+    if ((stream->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0 ||
+        stream->attached_pic.data == nullptr) {
+        return;
+    }
+    mFileFacts.cover = av_packet_clone(&stream->attached_pic);
+    mFileFacts.coverCodec = stream->codecpar->codec_id;
+}
+
 void FFmpegObject::setFileMime(OrvelMetaData& meta) {
     const char* mime = getFileMime();
     if (mime == nullptr) return;
     if (strcmp(mime, MEDIA_MIMETYPE_CONTAINER_MPEG4) == 0) {
-        const AVDictionaryEntry* brand =
-                av_dict_get(mFormatCtx->metadata, "major_brand", nullptr, 0);
+        const AVDictionaryEntry* brand = av_dict_get(mFileFacts.tags, "major_brand", nullptr, 0);
         if (brand != nullptr) {
             ALOGD("setFileMime, major_brand:%s", brand->value);
             mime = mimeOfBrand(brand->value);
@@ -88,15 +104,12 @@ void FFmpegObject::setFileMime(OrvelMetaData& meta) {
     }
     meta.setCString(kKeyMIMEType, mime);
     // Audio-only files in video containers go by their audio.
-    if (mHasVideo || !beginsWith(mime, "video/")) return;
-    const int index = bestStream(AVMEDIA_TYPE_AUDIO);
-    if (index < 0) return;
-    const char* audioMime = codecId2MimeType(mFormatCtx->streams[index]->codecpar->codec_id);
-    if (audioMime != nullptr) meta.setCString(kKeyMIMEType, audioMime);
+    if (mHasVideo || !beginsWith(mime, "video/") || mFileFacts.audioMime == nullptr) return;
+    meta.setCString(kKeyMIMEType, mFileFacts.audioMime);
 }
 
 void FFmpegObject::setAlbumArtRelatedMeta(OrvelMetaData& meta) {
-    const AVDictionary* tags = mFormatCtx->metadata;
+    const AVDictionary* tags = mFileFacts.tags;
     const AVDictionaryEntry* entry = nullptr;
     while ((entry = av_dict_get(tags, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
         for (const Tag& tag : kTags) {
@@ -128,13 +141,10 @@ void FFmpegObject::setAlbumArtRelatedMeta(OrvelMetaData& meta) {
 }
 
 void FFmpegObject::setAlbumArt(OrvelMetaData& meta) {
-    const int index = bestStream(AVMEDIA_TYPE_VIDEO);
-    if (index < 0) return;
-    const AVStream* stream = mFormatCtx->streams[index];
-    const AVPacket& picture = stream->attached_pic;
-    if ((stream->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0 || picture.data == nullptr) return;
-    const char* artMime = getAlbumArtMime(stream->codecpar->codec_id);
-    meta.setData(kKeyAlbumArt, kTypeNone, picture.data, static_cast<size_t>(picture.size));
+    const AVPacket* picture = mFileFacts.cover;
+    if (picture == nullptr) return;
+    const char* artMime = getAlbumArtMime(mFileFacts.coverCodec);
+    meta.setData(kKeyAlbumArt, kTypeNone, picture->data, static_cast<size_t>(picture->size));
     // In no key table: the store logs that and keeps nothing.
     meta.setCString(kKeyAlbumArtMIME, artMime);
     ALOGD("AlbumArt's mime is \"%s\"", artMime != nullptr ? artMime : "(null)");

@@ -8,6 +8,7 @@
 #include <new>
 
 #include <log/log.h>
+#include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 
 #include "ContainerTable.h"
@@ -88,7 +89,8 @@ bool FFmpegObject::sniffInternal(String8* mimeType, float* confidence, void** fo
 
         if (static_cast<ssize_t>(size) > cached.count || offset != cached.offset) {
             memset(buffer, 0, kProbeBufferSize);
-            const ssize_t n = mDataSource->readAt(offset, buffer, size);
+            ssize_t n = mDataSource->readAt(offset, buffer, size);
+            if (n > static_cast<ssize_t>(size)) n = ERROR_IO;  // a broken source
             cached.count = n;
             if (n < static_cast<ssize_t>(kPlainProbeSize)) {
                 ALOGW("Wanna read %zd bytes, but got %zd bytes, at least we"

@@ -6,16 +6,11 @@
 
 #include "FFmpegExtensions.h"
 #include "FFmpegObject.h"
+#include "Timestamps.h"
 
 namespace orvel {
 
 using namespace android;
-
-namespace {
-
-constexpr AVRational kMicroseconds = {1, 1000000};
-
-}  // namespace
 
 void FFmpegObject::addTrackInfos() {
     for (unsigned i = 0; i < mFormatCtx->nb_streams; ++i) {

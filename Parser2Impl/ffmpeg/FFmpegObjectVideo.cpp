@@ -74,20 +74,17 @@ void FFmpegObject::initSubtitleMeta(AVStream* stream, OrvelMetaData& meta) {
     if (stream->codecpar->codec_id != AV_CODEC_ID_MOV_TEXT) return;
     const auto descriptions = mExtensions->timedTextDescriptions(stream);
     uint64_t total = 0;
-    for (const auto& description : descriptions)
-        total += description.size();
+    for (const ByteRange& description : descriptions)
+        total += static_cast<uint64_t>(description.size());
     if (total == 0 || total > UINT32_MAX) return;
     uint8_t* data = new (std::nothrow) uint8_t[total];
     if (data == nullptr) {
         ALOGE("NO MEMORY!");
         return;
     }
-    size_t used = 0;
-    for (const auto& description : descriptions) {
-        memcpy(data + used, description.data(), description.size());
-        used += description.size();
+    if (mExtensions->readTimedText(descriptions, data)) {
+        meta.setData(kKeyTextFormatData, 0, data, static_cast<size_t>(total));
     }
-    meta.setData(kKeyTextFormatData, 0, data, used);
     delete[] data;
 }
 

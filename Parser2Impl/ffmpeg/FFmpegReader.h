@@ -90,6 +90,7 @@ class FFmpegReader : public android::AHandler {
 
   private:
     using ReadOptions = android::MediaTrackHelper::ReadOptions;
+    struct SeekTarget;
 
     enum : uint32_t {
         kWhatStart = 0x66667374,        // 'ffst'
@@ -107,14 +108,14 @@ class FFmpegReader : public android::AHandler {
     void postReply(const android::sp<android::AMessage>& msg, android::status_t err);
     void onStart(const android::sp<android::AMessage>& msg);
     void onStop(const android::sp<android::AMessage>& msg);
-    // Clears mReadPaused and asks again for what was asked for while it was set.
+    // Clears mReadPaused, and asks for packets on behalf of the reads that wait: a request that
+    // came while it was set was dropped, and a flush may have taken what a read was about to get.
     void resumeReading() ORVEL_REQUIRES(mLock);
 
     // Read-ahead. ReaderReadAhead.cpp
     void postQueueBuffer(int32_t streamIndex);
     void onQueueBuffer(const android::sp<android::AMessage>& msg);
-    // Whether a request has to be dropped now; remembers it for resumeReading if somebody waits.
-    bool dropRequest(int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
+    bool dropsRequest(int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
     void readPackets(AVFormatContext* context, int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
     void endReading(AVFormatContext* context, int error, int32_t streamIndexWanted)
             ORVEL_REQUIRES(mLock);
@@ -130,11 +131,12 @@ class FFmpegReader : public android::AHandler {
                     android::status_t* status) ORVEL_REQUIRES(mLock);
     void onSeek(const android::sp<android::AMessage>& msg);
     void onFlush(const android::sp<android::AMessage>& msg);
-    // times: of the stream's index entries; null when not known.
-    void correctTimeStampAndSeekFlags(AVStream* stream, const PresentationTimes* times,
-                                      int32_t seekMode, int64_t* timestamp, int* flags);
+    // Turns the time that target asks for into a timestamp and flags, by the seek mode.
+    void correctTimeStampAndSeekFlags(AVStream* stream, int32_t seekMode, SeekTarget* target);
+    // av_seek_frame; its result.
+    int seekFrame(AVFormatContext* context, AVStream* stream, const SeekTarget& target, int flags);
     android::status_t seekDemuxer(AVFormatContext* context, AVStream* stream,
-                                  const PresentationTimes* times, int64_t timestamp, int flags);
+                                  const SeekTarget& target);
     android::status_t processSubtitleSeek(const FFmpegObject::TrackInfo& info, int64_t timestamp,
                                           int flags);
 

@@ -68,18 +68,6 @@ bool ExactReader::read64(int64_t offset, uint64_t* value) {
     return true;
 }
 
-bool ExactReader::append(const ByteRange& range, std::vector<uint8_t>* out) {
-    uint8_t chunk[kSmallWindow];
-    for (int64_t offset = range.begin; offset < range.end;) {
-        const auto size = static_cast<size_t>(
-                std::min<int64_t>(static_cast<int64_t>(sizeof(chunk)), range.end - offset));
-        if (!read(offset, chunk, size)) return false;
-        out->insert(out->end(), chunk, chunk + size);
-        offset += static_cast<int64_t>(size);
-    }
-    return true;
-}
-
 bool BoxWalk::next() {
     constexpr int64_t kHeaderSize = 8;
     constexpr int64_t kLargeHeaderSize = 16;

@@ -40,9 +40,6 @@ class ExactReader {
     bool read32(int64_t offset, uint32_t* value);
     bool read64(int64_t offset, uint64_t* value);
 
-    // Appends the range to out, which never grows ahead of the bytes that really arrived.
-    bool append(const ByteRange& range, std::vector<uint8_t>* out);
-
     bool failed() const { return mFailed; }
 
     // The whole file; one that does not know its size ends where a read finds nothing.

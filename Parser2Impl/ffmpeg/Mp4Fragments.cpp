@@ -114,7 +114,7 @@ class FragmentWalk {
         const Mp4FragmentDefaults* defaults = mMovie.defaultsOf(fragment->trackId);
         if (defaults == nullptr) return false;
         fragment->wanted = fragment->trackId == mTrackId;
-        fragment->known = mMovie.track(fragment->trackId, 0) != nullptr;
+        fragment->known = defaults->hasTrack;
         if ((flags & kTfhdBaseDataOffset) != 0) {
             uint64_t base;
             if (!fields.next64(&base)) return false;

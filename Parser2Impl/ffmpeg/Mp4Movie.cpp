@@ -41,6 +41,13 @@ bool readTrack(ExactReader& reader, const ByteRange& range, Mp4Track* track) {
                         keepOnly(&track->stsd, table.payload(), track);
                     } else if (table.type() == boxType("ctts")) {
                         keepOnly(&track->ctts, table.payload(), track);
+                    } else if (table.type() == boxType("sbgp")) {
+                        uint32_t grouping;
+                        if (table.payload().size() >= 8 &&
+                            reader.read32(table.payload().begin + 4, &grouping) &&
+                            grouping == boxType("sync")) {
+                            track->hasSyncGroups = true;
+                        }
                     }
                 }
             }
@@ -49,7 +56,7 @@ bool readTrack(ExactReader& reader, const ByteRange& range, Mp4Track* track) {
     return true;
 }
 
-bool readFragmentDefaults(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) {
+void readFragmentDefaults(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) {
     constexpr int64_t kTrexSize = 24;
     for (BoxWalk box(reader, range); box.next();) {
         if (box.type() != boxType("trex")) continue;
@@ -57,11 +64,25 @@ bool readFragmentDefaults(ExactReader& reader, const ByteRange& range, Mp4Movie*
         uint32_t sampleSize;
         if (box.payload().size() < kTrexSize || !reader.read32(box.payload().begin + 4, &id) ||
             !reader.read32(box.payload().begin + 16, &sampleSize)) {
-            return false;
+            movie->fragmentsBroken = true;
+            return;
         }
-        movie->fragmentDefaults.push_back({static_cast<int32_t>(id), sampleSize});
+        movie->fragmentDefaults.push_back({static_cast<int32_t>(id), sampleSize, false});
     }
-    return true;
+}
+
+// For fragments, which name tracks by the million: one search among the defaults tells all.
+void indexFragmentDefaults(Mp4Movie* movie) {
+    std::vector<int32_t> ids;
+    for (const Mp4Track& track : movie->tracks) {
+        if (track.id) ids.push_back(*track.id);
+    }
+    std::sort(ids.begin(), ids.end());
+    for (Mp4FragmentDefaults& defaults : movie->fragmentDefaults) {
+        defaults.hasTrack = std::binary_search(ids.begin(), ids.end(), defaults.trackId);
+    }
+    std::stable_sort(movie->fragmentDefaults.begin(), movie->fragmentDefaults.end(),
+                     [](const auto& a, const auto& b) { return a.trackId < b.trackId; });
 }
 
 bool readMovieBox(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) {
@@ -73,7 +94,7 @@ bool readMovieBox(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) 
                 if (!readTrack(reader, box.payload(), &movie->tracks.back())) return false;
                 break;
             case boxType("mvex"):
-                if (!readFragmentDefaults(reader, box.payload(), movie)) return false;
+                readFragmentDefaults(reader, box.payload(), movie);
                 break;
             case boxType("cmov"):  // the demultiplexer inflates it and sees another movie
                 return false;
@@ -81,8 +102,7 @@ bool readMovieBox(ExactReader& reader, const ByteRange& range, Mp4Movie* movie) 
                 break;
         }
     }
-    std::stable_sort(movie->fragmentDefaults.begin(), movie->fragmentDefaults.end(),
-                     [](const auto& a, const auto& b) { return a.trackId < b.trackId; });
+    indexFragmentDefaults(movie);
     movie->end = range.end;
     return !reader.failed();
 }

@@ -17,6 +17,8 @@ struct Mp4Track {
     // Payloads of the sample table's boxes, absent when the track has none.
     std::optional<ByteRange> stsd;
     std::optional<ByteRange> ctts;
+    // Sample groups of type 'sync' (8.9.2, ISO/IEC 14496-15 clause 9.5) mark random access points.
+    bool hasSyncGroups = false;
     // Some box exists twice: which of the two counts is anybody's guess.
     bool ambiguous = false;
 };
@@ -25,6 +27,7 @@ struct Mp4Track {
 struct Mp4FragmentDefaults {
     int32_t trackId;
     uint32_t sampleSize;
+    bool hasTrack;  // the movie has a track with the id
 };
 
 struct Mp4Movie {
@@ -32,6 +35,8 @@ struct Mp4Movie {
     // Empty without 'mvex', and then the file has no fragments. Sorted by track id; of several for
     // the same track the first counts.
     std::vector<Mp4FragmentDefaults> fragmentDefaults;
+    // Some default cannot be read, so nothing is known about fragments.
+    bool fragmentsBroken = false;
     int64_t end = 0;  // first byte behind 'moov'
 
     // The n-th (from 0) track with the id, or null.

@@ -12,7 +12,7 @@ constexpr uint8_t kStartCode[kNalStartCodeSize] = {0, 0, 0, 1};
 
 }  // namespace
 
-size_t parseNalSize(const uint8_t* data, size_t nalLengthSize) {
+size_t parseNALSize(const uint8_t* data, size_t nalLengthSize) {
     switch (nalLengthSize) {
         case 1:
             return data[0];
@@ -39,7 +39,7 @@ NalResult convertNalUnits(const uint8_t* src, size_t srcSize, size_t nalLengthSi
         if (!isNalLengthSize(nalLengthSize)) {
             return {NalStatus::BadLengthSize, srcOffset, 0, dstOffset};
         }
-        const size_t nalLength = parseNalSize(src + srcOffset, nalLengthSize);
+        const size_t nalLength = parseNALSize(src + srcOffset, nalLengthSize);
         srcOffset += nalLengthSize;
         // A length field that ends the packet is malformed even when it holds 0.
         if (srcOffset >= srcSize || nalLength > srcSize - srcOffset) {

@@ -18,7 +18,7 @@ constexpr bool isNalLengthSize(size_t nalLengthSize) {
 
 // The unsigned value of the nalLengthSize bytes at data, most significant first. The caller has
 // checked isNalLengthSize(); for any other width the answer is 0 and nothing is read.
-size_t parseNalSize(const uint8_t* data, size_t nalLengthSize);
+size_t parseNALSize(const uint8_t* data, size_t nalLengthSize);
 
 enum class NalStatus {
     Ok,             // dstOffset is the length of the output

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ffmpeg/Saturate.h"
+
 namespace orvel {
 
 namespace {
@@ -11,14 +13,6 @@ int64_t addSaturated(int64_t a, int64_t b) {
     int64_t sum;
     if (!__builtin_add_overflow(a, b, &sum)) return sum;
     return b < 0 ? INT64_MIN : INT64_MAX;
-}
-
-uint64_t distance(int64_t a, int64_t b) {
-    // Exact for every pair: the wrap of the unsigned difference is intended.
-    uint64_t difference;
-    (void)__builtin_sub_overflow(static_cast<uint64_t>(std::max(a, b)),
-                                 static_cast<uint64_t>(std::min(a, b)), &difference);
-    return difference;
 }
 
 }  // namespace

@@ -101,12 +101,17 @@ void FFmpegReader::onStart(const sp<AMessage>& msg) {
     ALOGI("start track: %d", trackIndex);
     status_t err = OK;
     {
-        sp<FFmpegObject> object;  // outlives the lock
+        sp<FFmpegObject> object;  // both outlive the lock
+        sp<Track> replaced;
         ScopedLock<ReaderMutex> lock(mLock);
         object = mFFmpegObject.promote();
         if (object == nullptr) {
             err = NO_INIT;
         } else {
+            const int32_t streamIndex =
+                    object->mTracks[static_cast<size_t>(trackIndex)].streamIndex;
+            replaced = startedTrack(streamIndex);
+            if (replaced != nullptr) replaced->reset();
             sp<Track> track;
             if (bufferGroup != nullptr) {
                 track = new Track(trackIndex, object->mFormatCtx, object->mTracks, bufferGroup);
@@ -114,7 +119,7 @@ void FFmpegReader::onStart(const sp<AMessage>& msg) {
                 ALOGE("start track: %d, no buffer group", trackIndex);
                 err = BAD_VALUE;
             }
-            mTracks.add(object->mTracks[static_cast<size_t>(trackIndex)].streamIndex, track);
+            mTracks.add(streamIndex, track);
             // Between a seek of another track and its flush the read-ahead stays off: what it read
             // now the flush would throw away. The flush resumes it.
             if (!mSeeked) resumeReading();
@@ -151,9 +156,8 @@ void FFmpegReader::resumeReading() {
     mDemuxerEnded = false;
     for (size_t i = 0; i < mTracks.size(); ++i) {
         const sp<Track>& track = mTracks[i];
-        if (track == nullptr || !track->mRequestDropped) continue;
-        track->mRequestDropped = false;
-        postQueueBuffer(mTracks.keyAt(i));
+        if (track == nullptr || !track->mAwaited) continue;
+        if (track->mCache->empty() && !track->mCache->hasEnded()) postQueueBuffer(mTracks.keyAt(i));
     }
 }
 

@@ -27,6 +27,7 @@ status_t FFmpegReader::findCache(int32_t trackIndex, sp<Cache>* cache, int32_t* 
     }
     *cache = track->mCache;
     *bigBuffer = mBigBufferMode;
+    track->mAwaited = true;
     if (track->mCache->getCacheSize() == 0) postQueueBuffer(*streamIndex);
     return OK;
 }
@@ -34,7 +35,9 @@ status_t FFmpegReader::findCache(int32_t trackIndex, sp<Cache>* cache, int32_t* 
 status_t FFmpegReader::dequeueBuffer(int32_t trackIndex, IOrvelMediaBuffer** out,
                                      const ReadOptions* options) {
     *out = nullptr;
-    const bool seeks = options != nullptr && (options->options() & SEEK) != 0;
+    int64_t seekTimeUs;
+    ReadOptions::SeekMode seekMode;
+    const bool seeks = options != nullptr && options->getSeekTo(&seekTimeUs, &seekMode);
     sp<Cache> cache;
     int32_t streamIndex = -1;
     bool bigBuffer = false;
@@ -44,7 +47,11 @@ status_t FFmpegReader::dequeueBuffer(int32_t trackIndex, IOrvelMediaBuffer** out
         if (status != OK) return status;
         AVPacket* packet = nullptr;
         status = cache->dequeueBuffer(&packet);
-        if (status != OK) return status;
+        if (status != OK) {
+            ScopedLock<ReaderMutex> lock(mLock);
+            if (Track* track = startedTrack(streamIndex)) track->mAwaited = false;
+            return status;
+        }
         status = avPacketToMediaBuffer(packet, out, trackIndex, options);
         if (status != OK) return status;
     }

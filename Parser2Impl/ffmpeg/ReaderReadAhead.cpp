@@ -59,22 +59,19 @@ void FFmpegReader::signalEOS(status_t status) {
     }
 }
 
-bool FFmpegReader::dropRequest(int32_t streamIndexWanted) {
+bool FFmpegReader::dropsRequest(int32_t streamIndexWanted) {
     if (!mReadPaused) return false;
-    Track* track = startedTrack(streamIndexWanted);
-    if (track == nullptr) return true;
-    if (mDemuxerEnded && track->mMediaType == AVMEDIA_TYPE_SUBTITLE) return false;
-    // A seek of another track is under way while this one's read waits for a packet.
-    if (!track->mCache->hasEnded()) track->mRequestDropped = true;
-    return true;
+    const Track* track = startedTrack(streamIndexWanted);
+    return !mDemuxerEnded || track == nullptr || track->mMediaType != AVMEDIA_TYPE_SUBTITLE;
 }
 
 void FFmpegReader::onQueueBuffer(const sp<AMessage>& msg) {
-    int32_t streamIndexWanted;
-    CHECK(msg->findInt32("stream_index", &streamIndexWanted));
+    int32_t streamIndexWanted = kAnyStream;
+    const bool complete = msg->findInt32("stream_index", &streamIndexWanted);
     sp<FFmpegObject> object;  // outlives the lock
     PassLock lock(mLock);
-    if (dropRequest(streamIndexWanted)) return;
+    if (dropsRequest(streamIndexWanted)) return;
+    if (!complete) CHECK(msg->findInt32("stream_index", &streamIndexWanted));
 
     Track* wanted = startedTrack(streamIndexWanted);
     if (wanted != nullptr && wanted->mMediaType == AVMEDIA_TYPE_SUBTITLE) {

@@ -2,8 +2,6 @@
 
 #define LOG_TAG "FFmpegReader"
 
-#include <stdlib.h>
-
 #include <log/log.h>
 #include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/ADebug.h>
@@ -13,6 +11,8 @@
 #include "OrvelMediaBuffer.h"
 #include "PresentationTimes.h"
 #include "ReaderTrack.h"
+#include "Saturate.h"
+#include "Timestamps.h"
 
 namespace orvel {
 
@@ -20,7 +20,6 @@ using namespace android;
 
 namespace {
 
-constexpr AVRational kMicroseconds = {1, 1000000};
 constexpr int kForward = 0;
 constexpr int kBackward = AVSEEK_FLAG_BACKWARD;
 
@@ -28,26 +27,16 @@ AVMediaType mediaType(const AVStream* stream) {
     return stream->codecpar->codec_type;
 }
 
-int64_t streamTimestamp(int64_t timeUs, AVRational timeBase) {
-    const int64_t timestamp = av_rescale_q(timeUs, kMicroseconds, timeBase);
-    // What a far time gives in a fine time base; the demuxers take it for no time at all.
-    if (timestamp != AV_NOPTS_VALUE) return timestamp;
-    return timeUs < 0 ? INT64_MIN + 1 : INT64_MAX;
-}
-
-BackwardSeek backwardSeekOf(const AVStream* stream) {
-    return compat::kSeeksHevcByCraPresentation && stream->codecpar->codec_id == AV_CODEC_ID_HEVC
-                   ? BackwardSeek::ByPresentationOfCra
-                   : BackwardSeek::ByDecodeTime;
-}
-
-uint64_t distance(int64_t a, int64_t b) {
-    const auto ua = static_cast<uint64_t>(a);
-    const auto ub = static_cast<uint64_t>(b);
-    return a > b ? ua - ub : ub - ua;
-}
-
 }  // namespace
+
+struct FFmpegReader::SeekTarget {
+    int64_t requested;  // stream time base, as the next
+    int64_t timestamp;  // what the demuxer is asked for
+    int flags;
+    // Of the stream's index entries; null when not known.
+    std::shared_ptr<const PresentationTimes> times;
+    BackwardSeek backward;  // how the demuxer goes backward in this stream
+};
 
 status_t FFmpegReader::seek(int32_t trackIndex, int64_t seekTimeUs, int32_t seekMode) {
     {
@@ -80,6 +69,12 @@ bool FFmpegReader::needToSeek(int32_t trackIndex, int64_t seekTimeUs, int32_t se
         return false;
     }
     const FFmpegObject::TrackInfo& info = object->mTracks[static_cast<size_t>(trackIndex)];
+    const ssize_t started = mTracks.indexOfKey(info.streamIndex);
+    if (started >= 0 && mTracks[static_cast<size_t>(started)] == nullptr) {
+        ALOGE("No this track:%d", trackIndex);
+        *status = UNKNOWN_ERROR;
+        return false;
+    }
     const bool outOfRange = info.durationUs >= 1 && info.durationUs < seekTimeUs;
     switch (mediaType(info.stream)) {
         case AVMEDIA_TYPE_VIDEO:
@@ -124,17 +119,12 @@ void FFmpegReader::onSeek(const sp<AMessage>& msg) {
         const FFmpegObject::TrackInfo& info = object->mTracks[static_cast<size_t>(trackIndex)];
         AVStream* stream = info.stream;
         const AVMediaType type = mediaType(stream);
-        std::shared_ptr<const PresentationTimes> times;
-        if (type == AVMEDIA_TYPE_VIDEO) times = object->mExtensions->presentationTimes(stream);
         {
             ScopedLock<ReaderMutex> lock(mLock);
             const sp<Track>& track = mTracks.valueFor(info.streamIndex);
-            if (track != nullptr) {
-                if (track->mBuffer != nullptr) {
-                    track->mBuffer->release();
-                    track->mBuffer = nullptr;
-                }
-                track->mPresentationTimes = times;
+            if (track != nullptr && track->mBuffer != nullptr) {
+                track->mBuffer->release();
+                track->mBuffer = nullptr;
             }
             // The flush of another track's seek, or a start, may have resumed reading since this
             // seek was asked for; what was read from now on this seek's flush would throw away.
@@ -143,88 +133,112 @@ void FFmpegReader::onSeek(const sp<AMessage>& msg) {
         }
         ALOGI("[%d] (codec_type:%d) will seekTo %lld us, seekmode:%d", trackIndex,
               static_cast<int>(type), static_cast<long long>(seekTimeUs), seekMode);
-        int64_t timestamp = streamTimestamp(seekTimeUs, info.timeBase);
-        int flags = kForward;
-        correctTimeStampAndSeekFlags(stream, times.get(), seekMode, &timestamp, &flags);
+        const int64_t requested = timestampFromUs(seekTimeUs, info.timeBase);
+        SeekTarget target = {requested, requested, kForward, nullptr, BackwardSeek::ByDecodeTime};
+        if (type == AVMEDIA_TYPE_VIDEO || seekMode == SEEK_CLOSEST_SYNC) {
+            FFmpegExtensions& extensions = *object->mExtensions;
+            target.times = extensions.presentationTimes(stream);
+            if (extensions.seeksByPresentationOfCra(stream)) {
+                target.backward = BackwardSeek::ByPresentationOfCra;
+            }
+        }
+        correctTimeStampAndSeekFlags(stream, seekMode, &target);
         if (type == AVMEDIA_TYPE_SUBTITLE) {
-            err = processSubtitleSeek(info, timestamp, flags);
+            err = processSubtitleSeek(info, target.timestamp, target.flags);
         } else {
-            err = seekDemuxer(object->mFormatCtx, stream, times.get(), timestamp, flags);
+            err = seekDemuxer(object->mFormatCtx, stream, target);
         }
-        if (err != OK) {
-            ScopedLock<ReaderMutex> lock(mLock);
-            if (!mSeeked) resumeReading();
+        ScopedLock<ReaderMutex> lock(mLock);
+        if (Track* track = startedTrack(info.streamIndex)) {
+            if (track->mIsVideo) track->mPresentationTimes = target.times;
         }
+        if (err != OK && !mSeeked) resumeReading();
     }
     postReply(msg, err);
 }
 
-void FFmpegReader::correctTimeStampAndSeekFlags(AVStream* stream, const PresentationTimes* times,
-                                                int32_t seekMode, int64_t* timestamp, int* flags) {
-    const int64_t requested = *timestamp;
-    const auto correctFor = [&](BackwardSeek backward) {
-        if (times == nullptr) return;
-        const int64_t found = times->searchClosest(requested, ClosestMode::SeekTimestamp, backward);
-        if (found >= 0) *timestamp = found;
-    };
-    correctFor(BackwardSeek::ByDecodeTime);
+void FFmpegReader::correctTimeStampAndSeekFlags(AVStream* stream, int32_t seekMode,
+                                                SeekTarget* target) {
+    const PresentationTimes* times = target->times.get();
+    if (times != nullptr && mediaType(stream) == AVMEDIA_TYPE_VIDEO) {
+        const int64_t closest = times->searchClosest(target->requested, ClosestMode::SeekTimestamp);
+        if (closest >= 0) target->timestamp = closest;
+    }
     switch (seekMode) {
         case SEEK_PREVIOUS_SYNC:
         case SEEK_CLOSEST:
-            *flags = kBackward;
-            correctFor(backwardSeekOf(stream));
+            target->flags = kBackward;
             return;
         case SEEK_CLOSEST_SYNC:
             break;
         default:
-            *flags = kForward;
+            target->flags = kForward;
             return;
     }
 
     // The demuxer takes the shift off its argument; the index knows nothing of it.
-    const int64_t target = *timestamp - (times != nullptr ? times->shift() : 0);
-    const int next = av_index_search_timestamp(stream, target, kForward);
-    const int previous = av_index_search_timestamp(stream, target, kBackward);
+    const int64_t onIndex =
+            saturatingDifference(target->timestamp, times != nullptr ? times->shift() : 0);
+    const int next = av_index_search_timestamp(stream, onIndex, kForward);
+    const int previous = av_index_search_timestamp(stream, onIndex, kBackward);
     if (next < 0 || previous < 0) {
         ALOGW("seek index out of range, seek backward");
-        *flags = kBackward;
+        target->flags = kBackward;
         return;
     }
     const auto presentationTime = [&](int index) {
         return times != nullptr ? times->pts(static_cast<size_t>(index))
                                 : compat::indexEntry(stream, index)->timestamp;
     };
+    const int64_t requested = target->requested;
     const int64_t nextPts = presentationTime(next);
     const int64_t previousPts = presentationTime(previous);
-    *flags = distance(nextPts, requested) > distance(requested, previousPts) ? kBackward : kForward;
-    if (*flags == kBackward) correctFor(backwardSeekOf(stream));
+    target->flags =
+            distance(nextPts, requested) > distance(requested, previousPts) ? kBackward : kForward;
     ALOGI("prevIframePts:%lld, nextIFramePts:%lld, request pts:%lld, seek flags:%d",
           static_cast<long long>(previousPts), static_cast<long long>(nextPts),
-          static_cast<long long>(requested), *flags);
+          static_cast<long long>(requested), target->flags);
+}
+
+int FFmpegReader::seekFrame(AVFormatContext* context, AVStream* stream, const SeekTarget& target,
+                            int flags) {
+    int64_t timestamp = target.timestamp;
+    int direction = flags;
+    const PresentationTimes* times = target.times.get();
+    if (target.backward == BackwardSeek::ByPresentationOfCra && times != nullptr &&
+        times->complete()) {
+        // This library lands a group of pictures early going backward and on the first sample going
+        // forward; it is given what makes it land where it should.
+        const auto backwardTo = [&](int64_t presentationTime) {
+            const int64_t found = times->searchClosest(presentationTime, ClosestMode::SeekTimestamp,
+                                                       target.backward);
+            if (found < 0) return;
+            timestamp = found;
+            direction = kBackward;
+        };
+        const int64_t nextKey = times->firstKeyAtOrAfter(target.timestamp);
+        if (flags == kBackward) {
+            backwardTo(target.requested);
+        } else if (nextKey >= 0) {
+            backwardTo(times->pts(static_cast<size_t>(nextKey)));
+        }
+        ALOGD("[%d] sync sample groups, seek to %lld, flags:%d", stream->index,
+              static_cast<long long>(timestamp), direction);
+    }
+    return av_seek_frame(context, stream->index, timestamp, direction);
 }
 
 status_t FFmpegReader::seekDemuxer(AVFormatContext* context, AVStream* stream,
-                                   const PresentationTimes* times, int64_t timestamp, int flags) {
+                                   const SeekTarget& target) {
     // An error of an earlier read was reported then.
     context->pb->error = 0;
-    int64_t argument = timestamp;
-    int argumentFlags = flags;
-    if (flags == kForward && times != nullptr && times->complete() &&
-        backwardSeekOf(stream) == BackwardSeek::ByPresentationOfCra) {
-        // Backward to the key frame that the forward seek means.
-        const int64_t key = times->firstKeyAtOrAfter(timestamp);
-        if (key >= 0) {
-            argument = times->searchClosest(times->pts(static_cast<size_t>(key)),
-                                            ClosestMode::SeekTimestamp,
-                                            BackwardSeek::ByPresentationOfCra);
-            argumentFlags = kBackward;
-        }
-    }
-    int result = av_seek_frame(context, stream->index, argument, argumentFlags);
+    const int flags = target.flags;
+    int result = seekFrame(context, stream, target, flags);
     if (result < 0) {
+        const int otherFlags = flags ^ AVSEEK_FLAG_BACKWARD;
         ALOGE("av_seek_frame error:%s when using flags:%d, using flags:%d to seek again",
-              ErrorText(result).c_str(), flags, flags ^ AVSEEK_FLAG_BACKWARD);
-        result = av_seek_frame(context, stream->index, timestamp, flags ^ AVSEEK_FLAG_BACKWARD);
+              ErrorText(result).c_str(), flags, otherFlags);
+        result = seekFrame(context, stream, target, otherFlags);
         if (result < 0) {
             ALOGE("av_seek_frame error:%s, seekFlags:%d", ErrorText(result).c_str(), flags);
             return ERROR_END_OF_STREAM;

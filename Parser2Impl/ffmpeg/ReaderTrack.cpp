@@ -6,6 +6,7 @@
 #include <strings.h>
 
 #include <log/log.h>
+#include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/ADebug.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 
@@ -24,25 +25,34 @@ constexpr int32_t kDefaultBufferSize = 0x40000;
 constexpr size_t kMaxAudioPackets = 64;
 constexpr size_t kFullVideoPackets = 31;
 
-const char* findText(const OrvelMetaData& meta, uint32_t key) {
-    const char* text = nullptr;
-    CHECK(meta.findCString(key, &text));
-    return text != nullptr ? text : "";
-}
+// What a track format says about its samples.
+struct SampleForm {
+    FFmpegReader::Track::Conversion conversion;
+    size_t nalLengthSize;
+    bool isAiff;
+    bool isVideo;
+};
 
-size_t findNalLengthSize(const OrvelMetaData& meta) {
-    int32_t size = 0;
-    meta.findInt32(kKeyNalLengthSize, &size);
-    return static_cast<size_t>(size);
-}
-
-FFmpegReader::Track::Conversion conversionFor(const OrvelMetaData& meta) {
+SampleForm sampleFormOf(const FFmpegObject::TrackInfo* trackInfo) {
     using Conversion = FFmpegReader::Track::Conversion;
-    const char* mime = findText(meta, kKeyMIMEType);
-    if (strcasecmp(mime, MEDIA_MIMETYPE_AUDIO_RAW) == 0) return Conversion::RawAudio;
-    const bool nalUnits = strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_AVC) == 0 ||
-                          strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_HEVC) == 0;
-    return nalUnits && findNalLengthSize(meta) != 0 ? Conversion::NalUnits : Conversion::Copy;
+    const char* mime = nullptr;
+    CHECK(trackInfo->meta.findCString(kKeyMIMEType, &mime));
+    const char* fileMime = nullptr;  // stays null for a format without it
+    CHECK(trackInfo->meta.findCString(kKeyFileFormat, &fileMime));
+    int32_t nalLengthSize = 0;
+    trackInfo->meta.findInt32(kKeyNalLengthSize, &nalLengthSize);
+
+    SampleForm form = {Conversion::Copy, static_cast<size_t>(nalLengthSize), false, false};
+    if (mime == nullptr) return form;
+    if (strcasecmp(mime, MEDIA_MIMETYPE_AUDIO_RAW) == 0) {
+        form.conversion = Conversion::RawAudio;
+    } else if (nalLengthSize != 0 && (strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_AVC) == 0 ||
+                                      strcasecmp(mime, MEDIA_MIMETYPE_VIDEO_HEVC) == 0)) {
+        form.conversion = Conversion::NalUnits;
+    }
+    form.isAiff = fileMime != nullptr && strcasecmp(fileMime, MEDIA_MIMETYPE_AUDIO_AIFF) == 0;
+    form.isVideo = strncasecmp(mime, "video/", 6) == 0;
+    return form;
 }
 
 }  // namespace
@@ -116,14 +126,16 @@ FFmpegReader::Track::Track(int32_t trackIndex, AVFormatContext* context,
       mTrackInfo(&infos.editItemAt(static_cast<size_t>(trackIndex))),
       mBufferGroup(new OrvelMediaBufferGroup(static_cast<MediaBufferGroupHelper*>(bufferGroup))),
       mStream(context->streams[mTrackInfo->streamIndex]),
-      mMediaType(mStream->codecpar->codec_type),
-      mConversion(conversionFor(mTrackInfo->meta)),
-      mNalLengthSize(findNalLengthSize(mTrackInfo->meta)),
-      mIsAiff(strcasecmp(findText(mTrackInfo->meta, kKeyFileFormat), MEDIA_MIMETYPE_AUDIO_AIFF) ==
-              0),
-      mIsVideo(strncasecmp(findText(mTrackInfo->meta, kKeyMIMEType), "video/", 6) == 0) {
+      mMediaType(mStream->codecpar->codec_type) {
+    const SampleForm form = sampleFormOf(mTrackInfo);
+    mConversion = form.conversion;
+    mNalLengthSize = form.nalLengthSize;
+    mIsAiff = form.isAiff;
+    mIsVideo = form.isVideo;
     uint32_t max_size = kDefaultBufferSize;
+    // clang-format off: the assertion's text is part of what it promises
     CHECK(mTrackInfo->meta.findInt32(kKeyMaxInputSize, (int32_t*)&max_size));
+    // clang-format on
     mBufferGroup->init(1, max_size, 0);
     if (mMediaType != AVMEDIA_TYPE_SUBTITLE) mStream->discard = AVDISCARD_DEFAULT;
     compat::copyParametersToStreamCodec(mStream);
@@ -132,6 +144,8 @@ FFmpegReader::Track::Track(int32_t trackIndex, AVFormatContext* context,
 FFmpegReader::Track::~Track() = default;
 
 void FFmpegReader::Track::reset() {
+    // A read that still waits, which callers rule out, would wait for ever.
+    mCache->signalEOS(ERROR_END_OF_STREAM);
     mCache.clear();
     mTrackInfo = nullptr;
     if (mBuffer != nullptr) {

@@ -35,9 +35,9 @@ class FFmpegReader::Cache : public android::RefBase {
   private:
     void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
 
+    PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     Mutex mLock;           // the innermost lock: nothing is locked under it
     Condition mCondition;  // a packet was queued, or the end signalled
-    PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     android::status_t mEOSResult ORVEL_GUARDED_BY(mLock) = android::OK;
 };
 
@@ -68,17 +68,18 @@ class FFmpegReader::Track : public android::RefBase {
 
     bool mSubtitleSeeked = false;  // the flush after a seek of mSubtitleIndex has not run
 
-    // A read-ahead request for this stream was dropped while reading was paused.
-    bool mRequestDropped = false;
+    // A read has looked into the cache and not come back with a packet yet: it may be waiting, and
+    // what it was to get may have been flushed, or its request dropped.
+    bool mAwaited = false;
     // Video: what the last seek knew of the index's presentation times; null for nothing.
     std::shared_ptr<const PresentationTimes> mPresentationTimes;
 
-    // What the track format says, looked up once.
     const AVMediaType mMediaType;
-    const Conversion mConversion;
-    const size_t mNalLengthSize;  // bytes, for NalUnits
-    const bool mIsAiff;           // for RawAudio
-    const bool mIsVideo;          // "mime" begins with "video/"
+    // What the track format says, looked up by the constructor.
+    Conversion mConversion;
+    size_t mNalLengthSize;  // bytes, for NalUnits
+    bool mIsAiff;           // for RawAudio
+    bool mIsVideo;          // "mime" begins with "video/"
 
   protected:
     ~Track() override;

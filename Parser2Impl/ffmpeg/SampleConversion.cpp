@@ -12,14 +12,13 @@
 #include "PcmConverter.h"
 #include "PresentationTimes.h"
 #include "ReaderTrack.h"
+#include "Timestamps.h"
 
 namespace orvel {
 
 using namespace android;
 
 namespace {
-
-constexpr AVRational kMicroseconds = {1, 1000000};
 
 // A payload that the framework's buffer cannot hold is delivered as an empty range.
 void setTooLarge(IOrvelMediaBuffer& buffer, size_t needed) {
@@ -52,13 +51,18 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
     }
     const FFmpegObject::TrackInfo& trackInfo = object->mTracks[static_cast<size_t>(trackIndex)];
     track = mTracks.valueFor(trackInfo.streamIndex);
+    if (track == nullptr) {
+        av_packet_free(&packet);
+        return UNKNOWN_ERROR;
+    }
+    track->mAwaited = false;
 
     if (packet->data != nullptr) {
         const int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
         const int64_t timeUs = av_rescale_q(time, trackInfo.timeBase, kMicroseconds);
 
         if (track->mBuffer == nullptr) {
-            const bool nonBlocking = options != nullptr && (options->options() & NONBLOCKING) != 0;
+            const bool nonBlocking = options != nullptr && options->getNonBlocking();
             const bool widens = track->mConversion == Track::Conversion::RawAudio &&
                                 trackInfo.bitsPerSample == 8;
             const size_t size = static_cast<size_t>(packet->size) * (widens ? 2 : 1);
@@ -90,13 +94,14 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
         OrvelMetaData& meta = track->mBuffer->meta_data();
         meta.setInt64(kKeyTime, timeUs);
         if ((packet->flags & AV_PKT_FLAG_KEY) != 0) meta.setInt32(kKeyIsSyncFrame, 1);
-        if (options != nullptr && (options->options() & SEEK) != 0) {
-            const int64_t seekTimeUs = options->seekPosUs();
+        int64_t seekTimeUs;
+        ReadOptions::SeekMode seekMode;
+        if (options != nullptr && options->getSeekTo(&seekTimeUs, &seekMode)) {
             const char* mime = nullptr;
             trackInfo.meta.findCString(kKeyMIMEType, &mime);
             ALOGD("[%s] seekTimeUs:%lld us, actual TimeUs:%lld us", mime,
                   static_cast<long long>(seekTimeUs), static_cast<long long>(timeUs));
-            if ((options->options() & 7) == SEEK_CLOSEST && track->mIsVideo && seekTimeUs >= 0) {
+            if (seekMode == ReadOptions::SEEK_CLOSEST && track->mIsVideo && seekTimeUs >= 0) {
                 meta.setInt64(kKeyTargetTime, calculateTargetTimeUs(seekTimeUs, trackInfo, *track));
             }
         }
@@ -111,7 +116,7 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
 int64_t FFmpegReader::calculateTargetTimeUs(int64_t seekTimeUs, const FFmpegObject::TrackInfo& info,
                                             const Track& track) {
     if (track.mPresentationTimes == nullptr) return seekTimeUs;
-    const int64_t timestamp = av_rescale_q(seekTimeUs, kMicroseconds, info.timeBase);
+    const int64_t timestamp = timestampFromUs(seekTimeUs, info.timeBase);
     const int64_t found =
             track.mPresentationTimes->searchClosest(timestamp, ClosestMode::PresentationTime);
     return found < 0 ? seekTimeUs : av_rescale_q(found, info.timeBase, kMicroseconds);

@@ -106,11 +106,6 @@ class MediaTrackHelper {
             return true;
         }
 
-        // What the framework passed, unchanged: the mode bits may hold values that SeekMode does
-        // not name, and the position is there whether or not the seek bit is.
-        uint32_t options() const { return mOptions; }
-        int64_t seekPosUs() const { return mSeekPosUs; }
-
       private:
         uint32_t mOptions;
         int64_t mSeekPosUs;
