@@ -1,5 +1,5 @@
-// The layouts of the records that the framework, a separate binary, and the plug-in hand each other.
-// Nothing is compiled into the library: a platform whose records differ fails to build here.
+// The layouts of the records that the framework, a separate binary, and the plug-in hand each
+// other. Nothing is compiled into the library: a platform whose records differ fails to build here.
 #include <stddef.h>
 
 #include <media/MediaExtractorPluginApi.h>

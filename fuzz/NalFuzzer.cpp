@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     size_t in = 0;
     size_t written = 0;
     while (written < result.dstOffset) {
-        const size_t length = parseNalSize(packet.get() + in, width);
+        const size_t length = parseNALSize(packet.get() + in, width);
         in += width;
         if (length == 0) continue;
         fuzz::require(memcmp(out.get() + written, "\0\0\0\1", 4) == 0);

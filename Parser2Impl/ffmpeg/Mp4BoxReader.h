@@ -25,8 +25,8 @@ struct Mp4TrackRef {
     uint32_t nth;
 };
 
-// How often a walk over boxes may still be tried: the source's failure may pass, a broken file stays
-// broken.
+// How often a walk over boxes may still be tried: the source's failure may pass, a broken file
+// stays broken.
 class Mp4Attempts {
   public:
     static constexpr int kMaxAttempts = 3;

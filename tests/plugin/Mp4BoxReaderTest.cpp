@@ -12,7 +12,6 @@ namespace orvel {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using Descriptions = std::vector<Bytes>;
 
 Bytes join(std::initializer_list<Bytes> parts) {
     Bytes all;
@@ -60,23 +59,27 @@ Bytes entry(const char* type, size_t size, uint8_t fill) {
 // Serves bytes with the faults of a real source.
 class TestSource : public ByteSource {
   public:
-    explicit TestSource(Bytes bytes) : mBytes(std::move(bytes)) {}
+    explicit TestSource(Bytes bytes)
+        : claimedSize(static_cast<int64_t>(bytes.size())), mBytes(std::move(bytes)) {}
 
     ssize_t readAt(int64_t offset, void* data, size_t size) override {
         if (reads++ == failAt) return -5;
         if (offset < 0 || offset >= static_cast<int64_t>(mBytes.size())) return 0;
-        const size_t part = std::min({size, mBytes.size() - static_cast<size_t>(offset), longest});
+        if (offset >= failFrom) return -5;
+        const auto room = std::min(static_cast<int64_t>(mBytes.size()), failFrom) - offset;
+        const size_t part = std::min({size, static_cast<size_t>(room), longest});
         memcpy(data, mBytes.data() + offset, part);
         bytesRead += part;
         return static_cast<ssize_t>(part);
     }
-    int64_t size() override { return sizeKnown ? static_cast<int64_t>(mBytes.size()) : -1; }
+    int64_t size() override { return claimedSize; }
 
     int reads = 0;
     size_t bytesRead = 0;
     int failAt = -1;
+    int64_t failFrom = INT64_MAX;
     size_t longest = SIZE_MAX;
-    bool sizeKnown = true;
+    int64_t claimedSize;
 
   private:
     const Bytes mBytes;
@@ -181,6 +184,13 @@ TEST(Mp4BoxReader, tracks_areNamedByIdAndPlaceAmongThoseWithIt) {
             tableOf(box("moov", join({box("trak", join({head, reaching})), ctts({{1, 6}})})));
     ASSERT_TRUE(own);
     EXPECT_TRUE(own->movieOffsets.empty());
+    const auto isSync = [](const Bytes& groups) {
+        TestSource source(box("moov", trak(1, join({groups, box("free", {}, boxType("sync"))}))));
+        return Mp4BoxReader(source).hasSyncGroups({1, 0});
+    };
+    EXPECT_TRUE(isSync(box("sbgp", words({0, boxType("sync"), 0}))));
+    EXPECT_FALSE(isSync(box("sbgp", words({0, boxType("rap "), boxType("sync")}))));
+    EXPECT_FALSE(isSync(box("sbgp", words({0}))));
     EXPECT_FALSE(tableOf(file, {2, 2}));
     EXPECT_FALSE(tableOf(file, {3, 0}));
 }
@@ -189,20 +199,36 @@ Bytes stsd(const Bytes& entries, int64_t count) {
     return box("stsd", join({words({0, count}), entries}));
 }
 
+std::optional<Bytes> textsOf(Mp4BoxReader& reader, int32_t id) {
+    const auto ranges = reader.timedTextDescriptions({id, 0});
+    if (!ranges) return std::nullopt;
+    size_t total = 0;
+    for (const ByteRange& range : *ranges)
+        total += static_cast<size_t>(range.size());
+    Bytes texts(total);
+    if (!reader.readRanges(*ranges, texts.data())) return std::nullopt;
+    return texts;
+}
+
 TEST(Mp4BoxReader, timedTextDescriptions_areTheWholeTx3gEntriesInOrder) {
     const Bytes first = entry("tx3g", 40, 1);
     const Bytes second = entry("tx3g", 48, 2);
     const Bytes text = entry("text", 30, 3);
     const Bytes huge = box("tx3g", Bytes(100), 0xFFFFFFF0);
+    Bytes many;
+    for (int i = 0; i < 1025; ++i)
+        many = join({many, entry("text", 16, 0)});
     const struct {
         const char* name;
         Bytes tables;
-        std::optional<Descriptions> expected;
+        std::optional<Bytes> expected;
     } cases[] = {
-            {"two", stsd(join({first, second}), 2), Descriptions{first, second}},
-            {"among others", stsd(join({first, text, second}), 3), Descriptions{first, second}},
-            {"only counted ones", stsd(join({first, second}), 1), Descriptions{first}},
-            {"none", stsd(text, 1), Descriptions{}},
+            {"two", stsd(join({first, second}), 2), join({first, second})},
+            {"among others", stsd(join({first, text, second}), 3), join({first, second})},
+            {"only counted ones", stsd(join({first, second}), 1), first},
+            {"none", stsd(text, 1), Bytes{}},
+            {"most entries", stsd(join({first, many}), 1024), first},
+            {"too many entries", stsd(join({first, many}), 1025), std::nullopt},
             {"count too high", stsd(first, 2), std::nullopt},
             {"entry overruns", stsd(join({first, huge}), 2), std::nullopt},
             {"entry below its head", stsd(box("tx3g", Bytes(20), 15), 1), std::nullopt},
@@ -212,7 +238,19 @@ TEST(Mp4BoxReader, timedTextDescriptions_areTheWholeTx3gEntriesInOrder) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         TestSource source(box("moov", trak(3, c.tables)));
-        EXPECT_EQ(Mp4BoxReader(source).timedTextDescriptions({3, 0}), c.expected);
+        Mp4BoxReader reader(source);
+        EXPECT_EQ(textsOf(reader, 3), c.expected);
+    }
+    // Every box claims a gigabyte, which nobody should allocate for a file of a few hundred bytes.
+    constexpr int64_t kClaim = 1 << 30;
+    Bytes claiming = join({words({0, 1}), box("tx3g", Bytes(100), kClaim)});
+    for (const char* type : {"stsd", "stbl", "minf", "mdia"})
+        claiming = box(type, claiming, 2 * kClaim);
+    claiming = box("trak", join({box("tkhd", words({0, 0, 0, 3})), claiming}), 2 * kClaim);
+    TestSource source(box("moov", claiming, 2 * kClaim));
+    for (int64_t size : {source.claimedSize, int64_t{-1}, 4 * kClaim}) {
+        source.claimedSize = size;
+        EXPECT_FALSE(Mp4BoxReader(source).timedTextDescriptions({3, 0})) << size;
     }
 }
 
@@ -297,6 +335,45 @@ TEST(Mp4BoxReader, fragments_positionsFollowTheBases) {
                   moof({traf({0, 1}, {0, 2})})});
     EXPECT_EQ(tableOf(twins, {1, 0})->runSampleCount, 2u);
     EXPECT_EQ(tableOf(twins, {1, 1})->runSampleCount, 0u);
+    // Defaults that are cut leave the samples unknown, not the movie.
+    const Bytes text = entry("tx3g", 40, 1);
+    TestSource cut(box("moov", join({box("mvex", join({trex(1, 5), box("trex", words({0, 2}))})),
+                                     trak(1, stsd(text, 1))})));
+    Mp4BoxReader reader(cut);
+    EXPECT_EQ(textsOf(reader, 1), text);
+    EXPECT_FALSE(reader.compositionTable({1, 0}, 10));
+}
+
+TEST(Mp4BoxReader, failures_areNotWalkedAgainForEver) {
+    const Bytes runs = ctts({{1, 1}, {1, 2}}, 3);
+    for (const Bytes& file :
+         {box("mdat", {}), box("moov", join({trak(1, {}), box("cmov", {})})),
+          box("moov", trak(1, runs)), join({kMovie, moof({traf({0, 8}, {0, 0})})})}) {
+        TestSource broken(file);
+        Mp4BoxReader reader(broken);
+        EXPECT_FALSE(reader.compositionTable({1, 0}, 10));
+        const int walked = broken.reads;
+        EXPECT_FALSE(reader.compositionTable({1, 0}, 10));
+        EXPECT_FALSE(reader.timedTextDescriptions({1, 0}));
+        // A track that is known has no descriptions, which takes no reading either.
+        EXPECT_EQ(broken.reads, walked);
+    }
+    // A source may fail for once, in the movie or in a fragment, but not for ever.
+    const Bytes file = join({kMovie, moof({traf({0, 1}, {0x801, 1, 0, 1})})});
+    const auto size = static_cast<int64_t>(file.size());
+    for (const int64_t failFrom : {int64_t{0}, size / 4, size - 8}) {
+        for (const int failures : {2, 3}) {
+            TestSource source(file);
+            source.failFrom = failFrom;
+            Mp4BoxReader reader(source);
+            for (int i = 0; i < failures; ++i)
+                EXPECT_FALSE(reader.compositionTable({1, 0}, 10));
+            source.failFrom = INT64_MAX;
+            const int walked = source.reads;
+            EXPECT_EQ(reader.compositionTable({1, 0}, 10).has_value(), failures < 3) << failFrom;
+            EXPECT_EQ(source.reads > walked, failures < 3) << failFrom;
+        }
+    }
 }
 
 // Two questions to a file of all kinds: every source either gets the true answers or none.
@@ -314,20 +391,20 @@ TEST(Mp4BoxReader, faultySources_giveTheTrueAnswersOrNone) {
                      box("mdat", Bytes(6000))});
     }
     struct Answers {
-        std::optional<Descriptions> texts;
+        std::optional<Bytes> texts;
         std::optional<CompositionTable> table;
     };
     const auto ask = [](TestSource& source) {
         Mp4BoxReader reader(source);
         EXPECT_EQ(source.reads, 0);
         Answers answers;
-        answers.texts = reader.timedTextDescriptions({2, 0});
+        answers.texts = textsOf(reader, 2);
         answers.table = reader.compositionTable({1, 0}, 100000);
         return answers;
     };
     const auto expectTrue = [&](const Answers& answers) {
         if (answers.texts) {
-            EXPECT_EQ(*answers.texts, Descriptions{description});
+            EXPECT_EQ(*answers.texts, description);
         }
         if (answers.table) {
             EXPECT_EQ(answers.table->movieOffsets.size(), 20000u);
@@ -350,7 +427,7 @@ TEST(Mp4BoxReader, faultySources_giveTheTrueAnswersOrNone) {
     drop.longest = 7;
     EXPECT_TRUE(expectTrue(ask(drop)));
     TestSource sizeless(file);
-    sizeless.sizeKnown = false;
+    sizeless.claimedSize = -1;
     EXPECT_TRUE(expectTrue(ask(sizeless)));
 }
 

@@ -23,6 +23,11 @@ ptrdiff_t slotOf(Operation operation) {
     return static_cast<ptrdiff_t>((value & ~uintptr_t{1}) / sizeof(void*));
 }
 
+// Its first operation has the first slot behind those of RefBase, the destructor's included.
+struct PlainObject : android::RefBase {
+    virtual void first() {}
+};
+
 template <typename First, typename... Others>
 void expectInOrder(First first, Others... others) {
     ptrdiff_t expected = slotOf(first);
@@ -39,6 +44,13 @@ TEST(SlotOrder, VirtualOperations_StandInTheirFixedOrder) {
     using Group = OrvelMediaBufferGroup;
     EXPECT_EQ(slotOf(&Group::init), 2);  // the destructor's two come first
     expectInOrder(&Group::init, &Group::add_buffer, &Group::acquire_buffer, &Group::has_buffers);
+    const ptrdiff_t behindRefBase = slotOf(&PlainObject::first);
+    EXPECT_GE(behindRefBase, 2);
+    for (const ptrdiff_t slot :
+         {slotOf(&OrvelMetaData::clear), slotOf(&OrvelDataSource::readAt),
+          slotOf(&OrvelExtractor2::countTracks), slotOf(&OrvelSource2::start)}) {
+        EXPECT_EQ(slot, behindRefBase);
+    }
     using Meta = OrvelMetaData;
     expectInOrder(&Meta::clear, &Meta::remove, &Meta::setCString, &Meta::setInt32, &Meta::setInt64,
                   &Meta::setFloat, &Meta::setPointer, &Meta::setRect, &Meta::findCString,
