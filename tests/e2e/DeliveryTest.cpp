@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 #include <media/stagefright/MediaErrors.h>
 
+#include <algorithm>
 #include <chrono>
-#include <functional>
+#include <numeric>
 #include <tuple>
 
 #include "e2e/Opened.h"
@@ -106,9 +107,21 @@ TEST(DeclinedSource, readsShorterThanTheProbeNeeds) {
     EXPECT_FALSE(plugin().sniff(source).taken());
 }
 
+// Reads that fail are counted by their number: text tracks are left out, whose sample descriptions
+// cost the plug-in reads of its own.
+std::vector<MediaFile> filesWithoutText() {
+    std::vector<MediaFile> files = filesWithTracks();
+    files.erase(std::remove_if(files.begin(), files.end(),
+                               [](const MediaFile& file) {
+                                   return playedTracks(file).size() < file.tracks.size();
+                               }),
+                files.end());
+    return files;
+}
+
 class FaultyDelivery : public ::testing::TestWithParam<MediaFile> {};
 
-INSTANTIATE_TEST_SUITE_P(Media, FaultyDelivery, ::testing::ValuesIn(filesWithTracks()),
+INSTANTIATE_TEST_SUITE_P(Media, FaultyDelivery, ::testing::ValuesIn(filesWithoutText()),
                          [](const auto& info) { return asTestName(info.param.name); });
 
 // The n-th readAt after sniffing fails, once or for good: the samples before it and the status are
@@ -143,8 +156,13 @@ TEST_P(FaultyDelivery, endsAsLibavformatDoes) {
             } else if (extractor->countTracks() == file.tracks.size()) {
                 expectOracle(readTracks(*extractor, tracks), file, oracle);
             } else {
-                // Without all of its beginning a file may show fewer streams, or unknown codecs.
-                EXPECT_LT(extractor->countTracks(), file.tracks.size());
+                // Without its whole beginning a file may show unknown codecs, or a stream twice.
+                EXPECT_LE(extractor->countTracks(), oracle.streams.size());
+                std::vector<size_t> all(extractor->countTracks());
+                std::iota(all.begin(), all.end(), 0);
+                for (const TrackRead& read : readTracks(*extractor, all)) {
+                    EXPECT_TRUE(read.end == ERROR_END_OF_STREAM || read.end == ERROR_IO);
+                }
             }
             faultsMet += faulty.faults() > 0;
         }
