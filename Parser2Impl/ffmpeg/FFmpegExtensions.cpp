@@ -19,10 +19,6 @@ using android::sp;
 
 namespace {
 
-// Boxes that could not be read are tried again by later seeks, since the source may have failed for
-// once, but not for ever: a walk over a large broken file is no longer cheap.
-constexpr int kMaxBoxReadFailures = 3;
-
 bool isIdentity(const int32_t* matrix) {
     static constexpr int32_t kIdentity[9] = {1 << 16, 0, 0, 0, 1 << 16, 0, 0, 0, 1 << 30};
     return std::equal(kIdentity, kIdentity + 9, matrix);
@@ -110,13 +106,9 @@ std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
     if (snapshot.entryCount == entryCount) return snapshot.times;
     const uint64_t movieSamples = static_cast<uint64_t>(std::max<int64_t>(stream->nb_frames, 0));
     if (!snapshot.table) {
-        if (snapshot.failures == kMaxBoxReadFailures) return nullptr;
         // The index holds all samples of the movie box from the start; only fragments come later.
         snapshot.table = mBoxes.compositionTable(trackRef(stream), static_cast<size_t>(entryCount));
-        if (!snapshot.table) {
-            ++snapshot.failures;
-            return nullptr;
-        }
+        if (!snapshot.table) return nullptr;
     }
     const auto entryAt = [stream](size_t index) {
         const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));

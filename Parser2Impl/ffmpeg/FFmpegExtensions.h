@@ -69,7 +69,6 @@ class FFmpegExtensions {
 
     struct Snapshot {
         std::optional<CompositionTable> table;  // while the index can still grow
-        int failures = 0;                       // to read it
         int entryCount = -1;                    // of the index when times was made
         std::shared_ptr<const PresentationTimes> times;
     };

@@ -113,6 +113,8 @@ class FFmpegReader : public android::AHandler {
     void resumeReading() ORVEL_REQUIRES(mLock);
 
     // Read-ahead. ReaderReadAhead.cpp
+    static constexpr int32_t kAnyStream = -1;
+    android::sp<android::AMessage> newRequest(int32_t streamIndex);
     void postQueueBuffer(int32_t streamIndex);
     void onQueueBuffer(const android::sp<android::AMessage>& msg);
     bool dropsRequest(int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
@@ -163,6 +165,8 @@ class FFmpegReader : public android::AHandler {
     android::KeyedVector<int32_t, android::sp<Track>> mTracks ORVEL_GUARDED_BY(mLock);
     const android::wp<FFmpegObject> mFFmpegObject;
     android::sp<android::ALooper> mLooper;  // set once by init
+    // Set once by init and never changed: posted for each packet, often while it is being handled.
+    android::sp<android::AMessage> mAnyStreamRequest;
     ReaderMutex mLock;
 
     // The last video seek asked for a time behind the track's duration and moved nothing.

@@ -22,6 +22,23 @@
 
 namespace orvel {
 
+// Waits for condition() in a short loop: long enough for a pass over a buffered packet or a small
+// conversion to end elsewhere, a tenth of what going to sleep and being woken takes. False when it
+// did not come true; what lasts longer is slept through.
+template <typename Predicate>
+inline bool spinUntil(Predicate condition) {
+    constexpr int kSpins = 400;
+    for (int i = 0; i < kSpins; ++i) {
+        if (condition()) return true;
+#if defined(__x86_64__)
+        __builtin_ia32_pause();
+#elif defined(__aarch64__)
+        asm volatile("yield");
+#endif
+    }
+    return false;
+}
+
 // A pthread mutex with default attributes; not recursive.
 class ORVEL_CAPABILITY("mutex") Mutex {
   public:
@@ -77,12 +94,15 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
     void lock() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
         if (pthread_mutex_trylock(&mMutex) == 0) return;
         mWaiting.fetch_add(1);
-        pthread_mutex_lock(&mMutex);
+        if (!spinUntil([this] { return pthread_mutex_trylock(&mMutex) == 0; })) {
+            pthread_mutex_lock(&mMutex);
+        }
         mWaiting.fetch_sub(1);
     }
 
     // For the read-ahead pass alone, and so for one thread at a time.
     void lockForPass() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        spinUntil([this] { return mWaiting.load(std::memory_order_relaxed) == 0; });
         pthread_mutex_lock(&mMutex);
         mPassWaiting = true;
         while (mWaiting.load() > 0)

@@ -26,6 +26,7 @@ void FFmpegReader::init() {
     mLooper->setName("FFmpegReader Looper");
     mLooper->start();
     mLooper->registerHandler(this);
+    mAnyStreamRequest = newRequest(kAnyStream);
 }
 
 void FFmpegReader::setUseBigBufferMode(bool use) {

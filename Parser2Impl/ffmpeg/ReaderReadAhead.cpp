@@ -13,16 +13,18 @@ namespace orvel {
 
 using namespace android;
 
-namespace {
-
-constexpr int32_t kAnyStream = -1;
-
-}  // namespace
-
 void FFmpegReader::postQueueBuffer(int32_t streamIndex) {
-    const sp<AMessage> msg = new AMessage(kWhatQueueBuffer, this);
+    if (streamIndex == kAnyStream) {
+        mAnyStreamRequest->post();
+        return;
+    }
+    newRequest(streamIndex)->post();
+}
+
+sp<AMessage> FFmpegReader::newRequest(int32_t streamIndex) {
+    sp<AMessage> msg = new AMessage(kWhatQueueBuffer, this);
     msg->setInt32("stream_index", streamIndex);
-    msg->post();
+    return msg;
 }
 
 FFmpegReader::Track* FFmpegReader::startedTrack(int32_t streamIndex) {

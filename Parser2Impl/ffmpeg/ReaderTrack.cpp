@@ -65,6 +65,7 @@ status_t FFmpegReader::Cache::queueBuffer(AVPacket* packet) {
     if (packet == nullptr) return BAD_VALUE;
     ScopedLock<Mutex> lock(mLock);
     mPackets.push(packet);
+    mReady.store(true, std::memory_order_relaxed);
     mCondition.signal();
     return OK;
 }
@@ -75,10 +76,12 @@ void FFmpegReader::Cache::waitForPacketOrEnd() {
 }
 
 status_t FFmpegReader::Cache::dequeueBuffer(AVPacket** packet) {
+    spinUntil([this] { return mReady.load(std::memory_order_relaxed); });
     ScopedLock<Mutex> lock(mLock);
     waitForPacketOrEnd();
     if (mPackets.empty()) return mEOSResult;
     *packet = mPackets.pop();
+    updateReady();
     return OK;
 }
 
@@ -108,6 +111,7 @@ bool FFmpegReader::Cache::hasEnded() {
 void FFmpegReader::Cache::signalEOS(status_t status) {
     ScopedLock<Mutex> lock(mLock);
     mEOSResult = status;
+    updateReady();
     mCondition.signal();
 }
 
@@ -118,6 +122,11 @@ void FFmpegReader::Cache::flush() {
         av_packet_free(&packet);
     }
     mEOSResult = OK;
+    updateReady();
+}
+
+void FFmpegReader::Cache::updateReady() {
+    mReady.store(mEOSResult != OK || !mPackets.empty(), std::memory_order_relaxed);
 }
 
 FFmpegReader::Track::Track(int32_t trackIndex, AVFormatContext* context,

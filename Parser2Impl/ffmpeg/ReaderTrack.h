@@ -34,11 +34,14 @@ class FFmpegReader::Cache : public android::RefBase {
 
   private:
     void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
+    void updateReady() ORVEL_REQUIRES(mLock);
 
     PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     Mutex mLock;           // the innermost lock: nothing is locked under it
     Condition mCondition;  // a packet was queued, or the end signalled
     android::status_t mEOSResult ORVEL_GUARDED_BY(mLock) = android::OK;
+    // There is a packet or an end. Written under mLock; a hint to who looks without it.
+    std::atomic<bool> mReady{false};
 };
 
 // A started track. Made and reset on the looper thread under the reader's lock, which also guards
