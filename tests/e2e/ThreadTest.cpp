@@ -179,7 +179,7 @@ class BlockedDestruction : public ::testing::TestWithParam<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(Media, BlockedDestruction,
                          ::testing::Values("mp4_late_audio.mp4", "mp4_h264_eac3.mp4", "wav_s16.wav",
-                                           "asf_divx3_mp3.asf", "flv_h264_aac.flv"),
+                                           "aiff_s16.aiff", "mov_pcm_eac3.mov"),
                          [](const auto& info) { return asTestName(info.param); });
 
 // Everything is let go while the read-ahead hangs in a read: the last reference may then go on the
