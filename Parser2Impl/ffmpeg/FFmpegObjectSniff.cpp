@@ -107,6 +107,7 @@ bool FFmpegObject::sniffInternal(String8* mimeType, float* confidence, void** fo
         probeData.buf = buffer;
         probeData.buf_size = static_cast<int>(cached.count);
         const int score = candidate->read_probe(&probeData);
+        ALOGV("probed %s, score:%d", container.demuxer, score);
         if (score > bestScore) {
             bestScore = score;
             best = &container;
@@ -178,6 +179,8 @@ int FFmpegObject::bestStream(AVMediaType type) const {
 
 bool FFmpegObject::isSupportedSpecialAudio() {
     const int index = bestStream(AVMEDIA_TYPE_AUDIO);
+    ALOGV("main audio:%s",
+          index < 0 ? "none" : avcodec_get_name(mFormatCtx->streams[index]->codecpar->codec_id));
     if (index < 0) return false;
     const char* mime = codecId2MimeType(mFormatCtx->streams[index]->codecpar->codec_id);
     if (mime == nullptr) return false;

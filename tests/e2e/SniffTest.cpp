@@ -21,7 +21,7 @@ using namespace android;
 
 namespace {
 
-// The plug-in's own log lines of a scope, as "priority tag: text".
+// The plug-in's own log lines of a scope, debug priority and above, as "priority tag: text".
 class LogLines {
   public:
     LogLines() { standin::setLogHook(hook, this); }
@@ -36,6 +36,7 @@ class LogLines {
     static void hook(void* cookie, int priority, const char* tag, const char* text) {
         static constexpr const char* kTags[] = {"Parser2Creater", "OrvelExtractor2", "FFmpegObject",
                                                 "FFmpegIO", "FFmpegReader"};
+        if (priority < ANDROID_LOG_DEBUG) return;
         for (const char* own : kTags) {
             if (std::strcmp(tag, own) != 0) continue;
             LogLines* self = static_cast<LogLines*>(cookie);
