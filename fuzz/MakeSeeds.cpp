@@ -1,11 +1,16 @@
 // Writes the fuzzers' first inputs: one small well-formed case of each kind.
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "support/ExtractorScript.h"
+#include "support/SyntheticFiles.h"
 
 namespace {
 
@@ -57,11 +62,76 @@ void write(const std::filesystem::path& folder, const char* name, const Bytes& b
     if (!file) throw std::runtime_error("cannot write " + (folder / name).string());
 }
 
+Bytes contents(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw std::runtime_error("cannot read " + path.string());
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+Bytes asText(const orvel::test::Bytes& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+// Each a different use of the extractor; the files take turns.
+std::vector<orvel::test::ScriptHeader> scripts() {
+    using H = orvel::test::ScriptHeader;
+    H readAll;
+    H seeks;
+    seeks.step[seeks.steps++] = {H::kStartAll, 0};
+    for (uint8_t mode = 0; mode < 5; ++mode) {
+        const auto operation = static_cast<uint8_t>(H::kSeek0 + mode);
+        seeks.step[seeks.steps++] = {operation, static_cast<uint8_t>(mode << 5)};
+        seeks.step[seeks.steps++] = {operation, static_cast<uint8_t>(0xB0 + (mode << 4) + 1)};
+    }
+    H orders;
+    orders.habits = 0;
+    for (const H::Step step :
+         {H::Step{H::kTrackFormat, 0x10}, H::Step{H::kFileFormat, 0}, H::Step{H::kStart, 1},
+          H::Step{H::kStart, 0}, H::Step{H::kRead, 0x21}, H::Step{H::kStop, 1},
+          H::Step{H::kReadNonBlocking, 0x30}, H::Step{H::kDropExtractor, 0}, H::Step{H::kStart, 1},
+          H::Step{H::kRead, 0x11}, H::Step{H::kDropTrack, 0}}) {
+        orders.step[orders.steps++] = step;
+    }
+    H cut = seeks;
+    cut.habits = H::kShortReads | H::kFault | H::kLastReadAll;
+    cut.amount = 20;
+    cut.call = 9;
+    return {readAll, seeks, orders, cut};
+}
+
+// Every container, every script over it in turn; and the same MP4 files for their boxes alone.
+void writeMedia(const std::filesystem::path& root, const std::filesystem::path& media) {
+    std::vector<std::pair<std::string, Bytes>> files = {
+            {"dsf", asText(orvel::test::truncated(orvel::test::dsfFile(), 9000))},
+            {"dff", asText(orvel::test::truncated(orvel::test::dffFile(), 9000))},
+            {"ape", asText(orvel::test::truncated(orvel::test::apeFile(2), 9000))}};
+    for (const auto& entry : std::filesystem::directory_iterator(media)) {
+        if (!entry.is_regular_file()) continue;
+        files.emplace_back(entry.path().filename().string(), contents(entry.path()));
+    }
+    std::sort(files.begin(), files.end());
+    size_t turn = 0;
+    for (const auto& [name, bytes] : files) {
+        size_t number = 0;
+        for (const auto& script : scripts()) {
+            // Two scripts for each file keep the start short.
+            if ((number++ + turn) % 2 != 0) continue;
+            const auto* header = reinterpret_cast<const char*>(&script);
+            write(root / "fuzz_extractor", (name + "-" + std::to_string(number)).c_str(),
+                  Bytes(header, sizeof(script)) + bytes);
+        }
+        ++turn;
+        if (bytes.compare(4, 4, "ftyp") == 0) {
+            write(root / "fuzz_mp4_boxes", name.c_str(), Bytes("\0\0\x40", 3) + bytes);
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
-    if (argc != 2) {
-        std::cerr << "usage: make_seeds FOLDER\n";
+    if (argc != 3) {
+        std::cerr << "usage: make_seeds FOLDER MEDIA_FOLDER\n";
         return 2;
     }
     const std::filesystem::path root = argv[1];
@@ -80,6 +150,12 @@ int main(int argc, char** argv) try {
         write(root / "fuzz_pcm", ("choice" + std::to_string(choice)).c_str(),
               Bytes{static_cast<char>(choice), 1, 0} + Bytes(77, 'x'));
     }
+    Bytes operations;
+    std::minstd_rand random(1);
+    for (int i = 0; i < 3000; ++i)
+        operations += static_cast<char>(random() >> 8);
+    write(root / "fuzz_metadata", "operations", operations);
+    writeMedia(root, argv[2]);
     return 0;
 } catch (const std::exception& error) {
     std::cerr << "make_seeds: " << error.what() << '\n';

@@ -63,15 +63,27 @@ Plugin::Plugin(const std::string& path) : mPath(path) {
                           ". Check that the file exists, is built for this machine, and that the "
                           "libraries it needs are installed (ldd shows them).");
     }
-    const auto refuse = [&](const std::string& what) {
-        dlclose(library);  // nothing of it has run but its entry point
-        return PluginError(path + ": " + what);
-    };
     mGetDefinition = reinterpret_cast<android::GetExtractorDef>(dlsym(library, kEntryPoint));
-    if (mGetDefinition == nullptr) {
-        throw refuse(std::string("the entry point ") + kEntryPoint + " cannot be found: " +
-                     lastLoaderError() + ". The file is a library, but not an extractor plug-in.");
+    try {
+        if (mGetDefinition == nullptr) {
+            throw PluginError(path + ": the entry point " + kEntryPoint +
+                              " cannot be found: " + lastLoaderError() +
+                              ". The file is a library, but not an extractor plug-in.");
+        }
+        takeDefinition();
+    } catch (...) {
+        dlclose(library);  // nothing of it has run but its entry point
+        throw;
     }
+}
+
+Plugin::Plugin(const std::string& name, android::GetExtractorDef entryPoint)
+    : mPath(name), mGetDefinition(entryPoint) {
+    takeDefinition();
+}
+
+void Plugin::takeDefinition() {
+    const auto refuse = [&](const std::string& what) { return PluginError(mPath + ": " + what); };
     const android::ExtractorDef definition = mGetDefinition();
     if (definition.def_version != kDefinitionVersion) {
         throw refuse("the extractor definition has version " +

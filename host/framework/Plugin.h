@@ -66,6 +66,12 @@ class Plugin {
      */
     explicit Plugin(const std::string& path);
 
+    /**
+     * The same checks for a plug-in that is linked into this program, which has nothing to load;
+     * `name` stands for the path.
+     */
+    Plugin(const std::string& name, android::GetExtractorDef entryPoint);
+
     const std::string& path() const { return mPath; }
     const std::string& name() const { return mName; }
     uint32_t version() const { return mVersion; }
@@ -86,6 +92,8 @@ class Plugin {
     std::optional<Extractor> create(DataSource& source, SniffResult&& result) const;
 
   private:
+    void takeDefinition();
+
     // Set once in the constructor.
     std::string mPath;
     android::GetExtractorDef mGetDefinition = nullptr;

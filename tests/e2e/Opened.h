@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,8 +11,8 @@
 #include "framework/MemorySource.h"
 #include "framework/Player.h"
 #include "framework/Plugin.h"
-#include "framework/SourceDecorators.h"
 #include "support/Oracle.h"
+#include "support/SwitchSource.h"
 
 namespace orvel::test {
 
@@ -30,25 +29,6 @@ const host::Plugin& plugin();
 struct EnabledContainers {
     explicit EnabledContainers(const std::string& mask);
     ~EnabledContainers();
-};
-
-/** One source at first, another after the switch: for sources that no plug-in would take. */
-class SwitchSource final : public host::SourceDecorator {
-  public:
-    SwitchSource(host::DataSource& first, host::DataSource& second)
-        : SourceDecorator(first), mSecond(second) {}
-    void switchOver() { mSwitched = true; }
-
-    ssize_t readAt(off64_t offset, void* data, size_t size) override {
-        return mSwitched ? mSecond.readAt(offset, data, size) : inner().readAt(offset, data, size);
-    }
-    android::status_t getSize(off64_t* size) override {
-        return mSwitched ? mSecond.getSize(size) : inner().getSize(size);
-    }
-
-  private:
-    host::DataSource& mSecond;
-    std::atomic<bool> mSwitched{false};
 };
 
 /** Sniffs and creates; the test fails, and nothing comes back, when the source is declined. */

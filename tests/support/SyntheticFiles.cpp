@@ -21,9 +21,9 @@ class Writer {
     Writer& u32(uint64_t value) { return number(value, 4); }
     Writer& u64(uint64_t value) { return number(value, 8); }
     Writer& noise(size_t count) {
-        uint32_t state = 1;
+        uint64_t state = 1;
         for (size_t i = 0; i < count; ++i) {
-            state = state * 1664525u + 1013904223u;
+            state = (state * 1664525 + 1013904223) & 0xFFFFFFFF;
             mBytes.push_back(static_cast<uint8_t>(state >> 24));
         }
         return *this;
