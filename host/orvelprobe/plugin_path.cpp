@@ -21,8 +21,9 @@ std::string findPlugin(const std::string& wanted) {
     std::error_code error;
     const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
     if (!error) {
-        for (const fs::path& place : {folder / kLibrary, folder.parent_path() / "lib" / kLibrary}) {
-            if (fs::exists(place, error)) return place.string();
+        for (const fs::path& place : {folder, folder / ORVEL_LIBRARIES_FROM_BIN}) {
+            const fs::path library = (place / kLibrary).lexically_normal();
+            if (fs::exists(library, error)) return library.string();
         }
     }
     // The framework's half takes paths only: ask the loader which one it means. The library is not
@@ -33,7 +34,8 @@ std::string findPlugin(const std::string& wanted) {
         return map->l_name;
     }
     throw std::runtime_error(std::string(kLibrary) + " is neither in " + folder.string() +
-                             " nor in ../lib beside it, and the loader does not find it; name it " +
+                             " nor in " ORVEL_LIBRARIES_FROM_BIN
+                             " beside it, and the loader does not find it; name it " +
                              "with --plugin PATH");
 }
 

@@ -5,9 +5,10 @@
 
 namespace orvel::probe {
 
-// Next to this executable (a build tree), in ../lib beside it (an installation), then wherever the
-// dynamic loader finds it. `wanted` is given back when it is not empty. Throws std::runtime_error,
-// naming the places, when there is none; loads the library in the last case.
+// Next to this executable (a build tree), in the library folder beside it (an installation, which
+// may have been moved as a whole), then wherever the dynamic loader finds it. `wanted` is given
+// back when it is not empty. Throws std::runtime_error, naming the places, when there is none;
+// loads the library in the last case.
 std::string findPlugin(const std::string& wanted);
 
 }  // namespace orvel::probe
