@@ -1,5 +1,6 @@
 #include "support/SyntheticFiles.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -119,6 +120,22 @@ Bytes id3Tag(size_t contentSize) {
         tag.push_back(static_cast<uint8_t>((contentSize >> shift) & 0x7f));
     }
     tag.resize(tag.size() + contentSize);
+    return tag;
+}
+
+// ID3v2.4.0, 4.2.6: a frame's size is coded as that of the tag; 3: UTF-8.
+Bytes id3Tag(const std::vector<std::pair<std::string, std::string>>& texts) {
+    Writer frames = big();
+    for (const auto& [name, text] : texts) {
+        Bytes content = {3};
+        content.insert(content.end(), name.begin(), name.end());
+        content.push_back(0);
+        content.insert(content.end(), text.begin(), text.end());
+        const Bytes size = id3Tag(content.size());
+        frames.text("TXXX").append({size[6], size[7], size[8], size[9]}).u16(0).append(content);
+    }
+    Bytes tag = id3Tag(frames.bytes().size());
+    std::copy(frames.bytes().begin(), frames.bytes().end(), tag.begin() + 10);
     return tag;
 }
 
