@@ -34,3 +34,18 @@ target_compile_options(orvel_device_flags INTERFACE -fno-exceptions -fno-rtti -f
 
 add_library(orvel_host_flags INTERFACE)
 target_link_libraries(orvel_host_flags INTERFACE orvel_common_flags)
+
+# orvel_runnable(TARGET OUT): the path that starts an executable from a test: the file itself, or,
+# cross-built, a script that hands it to the emulator.
+function(orvel_runnable target out)
+  if(NOT CMAKE_CROSSCOMPILING)
+    set(${out} "$<TARGET_FILE:${target}>" PARENT_SCOPE)
+    return()
+  endif()
+  set(script "${CMAKE_CURRENT_BINARY_DIR}/emulated-${target}")
+  string(REPLACE ";" " " emulator "${CMAKE_CROSSCOMPILING_EMULATOR}")
+  file(GENERATE OUTPUT "${script}"
+    CONTENT "#!/bin/sh\nexec ${emulator} '$<TARGET_FILE:${target}>' \"$@\"\n"
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set(${out} "${script}" PARENT_SCOPE)
+endfunction()

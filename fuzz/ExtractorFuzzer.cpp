@@ -4,6 +4,10 @@
 
 #include <cstring>
 
+extern "C" {
+#include <libavutil/mem.h>
+}
+
 #include "FuzzInput.h"
 #include "support/ExtractorScript.h"
 
@@ -13,6 +17,9 @@ extern "C" android::ExtractorDef GETEXTRACTORDEF();
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const host::Plugin* const plugin = new host::Plugin("linked", GETEXTRACTORDEF);
+    // A track run of an MP4 (ISO/IEC 14496-12, 8.8.8) may claim any number of samples, for which
+    // the library reserves 24 bytes each: known, and of no more use here.
+    av_max_alloc(256 << 20);
     test::ScriptHeader header;
     uint8_t bytes[sizeof(header)];
     fuzz::Input input(data, size);

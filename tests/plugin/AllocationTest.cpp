@@ -1,0 +1,146 @@
+// Every allocation of the plug-in's own that can fail does fail once: nothing crashes, and what is
+// delivered is what would have been. The linker diverts the plug-in's calls to the wrappers below;
+// those of the libraries stay as they are.
+#include <cutils/properties.h>
+#include <gtest/gtest.h>
+#include <media/stagefright/MediaErrors.h>
+
+#include <atomic>
+#include <new>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+#include "framework/MemorySource.h"
+#include "framework/Player.h"
+#include "framework/Plugin.h"
+#include "support/SyntheticFiles.h"
+
+extern "C" android::ExtractorDef GETEXTRACTORDEF();
+
+namespace {
+
+// Calls count from 1 over all threads; 0: none fails.
+std::atomic<int> gCalls{0};
+std::atomic<int> gFailing{0};
+
+bool fails() {
+    return ++gCalls == gFailing;
+}
+
+}  // namespace
+
+extern "C" {
+void* __real_av_malloc(size_t size);
+void* __wrap_av_malloc(size_t size) {
+    return fails() ? nullptr : __real_av_malloc(size);
+}
+AVPacket* __real_av_packet_alloc();
+AVPacket* __wrap_av_packet_alloc() {
+    return fails() ? nullptr : __real_av_packet_alloc();
+}
+AVPacket* __real_av_packet_clone(const AVPacket* packet);
+AVPacket* __wrap_av_packet_clone(const AVPacket* packet) {
+    return fails() ? nullptr : __real_av_packet_clone(packet);
+}
+AVFormatContext* __real_avformat_alloc_context();
+AVFormatContext* __wrap_avformat_alloc_context() {
+    return fails() ? nullptr : __real_avformat_alloc_context();
+}
+using ReadPacket = int(void*, uint8_t*, int);
+using SeekPacket = int64_t(void*, int64_t, int);
+AVIOContext* __real_avio_alloc_context(unsigned char*, int, int, void*, ReadPacket*, ReadPacket*,
+                                       SeekPacket*);
+AVIOContext* __wrap_avio_alloc_context(unsigned char* buffer, int size, int writes, void* opaque,
+                                       ReadPacket* read, ReadPacket* write, SeekPacket* seek) {
+    if (fails()) return nullptr;
+    return __real_avio_alloc_context(buffer, size, writes, opaque, read, write, seek);
+}
+// operator new(size_t, const std::nothrow_t&), and the same for arrays.
+void* __real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag);
+void* __wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
+    return fails() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+}
+void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag);
+void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
+    return fails() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
+}
+}
+
+namespace orvel::test {
+namespace {
+
+struct TrackLife {
+    std::vector<std::vector<uint8_t>> samples;
+    android::status_t end = android::OK;
+};
+
+// Sniffs, creates, asks for every format, reads every track to its end.
+std::vector<TrackLife> live(const Bytes& bytes) {
+    static const host::Plugin* const plugin = new host::Plugin("linked", GETEXTRACTORDEF);
+    host::MemorySource source(bytes.data(), bytes.size());
+    host::SniffResult sniffed = plugin->sniff(source);
+    if (!sniffed.taken()) return {};
+    const auto extractor = plugin->create(source, std::move(sniffed));
+    if (!extractor) return {};
+    host::Format format;
+    extractor->fileFormat(&format);
+    std::vector<TrackLife> tracks(extractor->countTracks());
+    for (size_t i = 0; i < tracks.size(); ++i)
+        extractor->trackFormat(i, host::Extractor::kIncludeExtensiveMetaData, &format);
+    host::Player player(*extractor);
+    const auto results = player.play({}, [&](size_t index, host::Buffer& buffer) {
+        tracks[index].samples.emplace_back(buffer.data(), buffer.data() + buffer.size());
+        return true;
+    });
+    for (size_t i = 0; i < tracks.size(); ++i)
+        tracks[i].end = results[i].status;
+    return tracks;
+}
+
+class Allocation : public ::testing::TestWithParam<const char*> {};
+
+// Between them, they reach every call that can fail: codec parameters, covers, timed text.
+INSTANTIATE_TEST_SUITE_P(Media, Allocation,
+                         ::testing::Values("mp4_h264_eac3.mp4", "mp4_video_cover.mp4",
+                                           "mp3_cover.mp3", "wav_s16.wav"),
+                         [](const auto& info) {
+                             const std::string name = info.param;
+                             return name.substr(0, name.find('.'));
+                         });
+
+TEST_P(Allocation, failsOnceAndNothingElseDoes) {
+    property_set("mm.enable.orvel_parser", "32767");
+    const Bytes bytes = mediaBytes(GetParam());
+    gFailing = 0;
+    gCalls = 0;
+    const std::vector<TrackLife> whole = live(bytes);
+    ASSERT_FALSE(whole.empty());
+    const int calls = gCalls;
+    int endedEarly = 0;
+    // Opening allocates some dozen times; then it is one packet after the other.
+    for (int failing = 1; failing <= calls; failing += failing < 40 ? 1 : 11) {
+        SCOPED_TRACE("allocation " + std::to_string(failing) + " of " + std::to_string(calls));
+        gFailing = failing;
+        gCalls = 0;
+        const std::vector<TrackLife> tracks = live(bytes);
+        ASSERT_LE(tracks.size(), whole.size());
+        endedEarly += tracks.empty();
+        for (size_t i = 0; i < tracks.size(); ++i) {
+            const TrackLife& track = tracks[i];
+            ASSERT_LE(track.samples.size(), whole[i].samples.size());
+            for (size_t at = 0; at < track.samples.size(); ++at)
+                ASSERT_EQ(track.samples[at], whole[i].samples[at]) << "track " << i;
+            const bool complete = track.samples.size() == whole[i].samples.size();
+            EXPECT_TRUE(track.end == android::ERROR_IO ||
+                        (complete && track.end == android::ERROR_END_OF_STREAM))
+                    << "track " << i << " ends with " << track.end;
+            endedEarly += !complete;
+        }
+    }
+    EXPECT_GE(endedEarly, 3);
+}
+
+}  // namespace
+}  // namespace orvel::test
