@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvel::test {
@@ -24,6 +25,8 @@ Bytes apeFile(uint32_t frames);
 
 /** An ID3v2.4 tag of `contentSize` bytes of padding. */
 Bytes id3Tag(size_t contentSize);
+/** The same with texts under names of one's own, which libavformat takes as they are. */
+Bytes id3Tag(const std::vector<std::pair<std::string, std::string>>& texts);
 Bytes operator+(Bytes first, const Bytes& second);
 /** The first `size` bytes. */
 Bytes truncated(Bytes bytes, size_t size);
