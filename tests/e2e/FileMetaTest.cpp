@@ -38,7 +38,7 @@ const FileCase kCases[] = {
     {"mov_sounds.mov", "mime=audio/eac3"},
     {"mkv_sounds.mkv", "mime=audio/vnd.dts"},
     {"asf_wma.wma", "mime=video/x-ms-asf"},
-    {"mp4_video_cover.mp4", "mime=video/mp4"},
+    {"mkv_video_cover.mkv", "mime=video/x-matroska"},
     {"mp3_cover.mp3", "mime=audio/mpeg albumart=picture title=Title artist=Artist album=Album"},
     {"mkv_h264_eac3.mkv", "mime=video/x-matroska title=Title artist=Artist album=Album"},
     {"mp3_cbr.mp3", "mime=audio/mpeg album=a artist=b albumartist=c composer=d genre=e title=f "
