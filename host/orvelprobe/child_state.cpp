@@ -22,6 +22,8 @@ std::string ChildState::whereabouts() const {
             return "while the plug-in was loaded";
         case Step::Sniff:
             return "while the plug-in sniffed the file";
+        case Step::SniffAgain:
+            return "while the plug-in sniffed it once more, with every container enabled";
         case Step::Create:
             return "while the extractor was created";
         case Step::Describe:

@@ -13,6 +13,7 @@ enum class Step : int {
     Start,
     LoadPlugin,
     Sniff,
+    SniffAgain,
     Create,
     Describe,
     StartTracks,

@@ -10,7 +10,6 @@
 #include <optional>
 #include <vector>
 
-#include "decline_reason.h"
 #include "extract.h"
 #include "framework/FaultSource.h"
 #include "framework/FileSource.h"
@@ -20,7 +19,12 @@
 #include "log_capture.h"
 #include "md5.h"
 #include "plugin_path.h"
+#include "second_sniff.h"
+#include "sniff_reason.h"
+#include "sniff_trace.h"
 #include "text.h"
+#include "verifier.h"
+#include "verify_output.h"
 
 namespace orvel::probe {
 namespace {
@@ -52,6 +56,15 @@ class Source {
         while (!mLayers.empty())
             mLayers.pop_back();
     }
+    // Puts `trace` in front, once; it sees what the plug-in sees.
+    host::DataSource& traced(SniffTrace& trace) {
+        add(std::make_unique<TracedSource>(top(), trace));
+        return top();
+    }
+    int64_t fileBytes() {
+        off64_t size = -1;
+        return mLayers.front()->getSize(&size) == android::OK ? size : -1;
+    }
     host::DataSource& top() { return *mLayers.back(); }
 
   private:
@@ -80,6 +93,7 @@ class Collector::Session {
 
   private:
     bool sniffAndCreate();
+    void explain();
     void describe();
     void writeCover();
     void read();
@@ -98,12 +112,14 @@ class Collector::Session {
     Report& mReport;
 
     LogCapture mLog;
+    SniffTrace mTrace;
     Md5Hasher mMd5;
     std::optional<host::Plugin> mPlugin;
     std::optional<Source> mSource;
     std::optional<host::Extractor> mExtractor;
     std::optional<host::Player> mPlayer;
     std::map<size_t, std::unique_ptr<SampleWriter>> mWriters;
+    std::optional<Verifier> mVerifier;
 };
 
 Collector::Collector(const Options& options, ChildState& state)
@@ -134,6 +150,7 @@ const Report& Collector::run(const std::string& file,
 
 void Collector::Session::run(const std::function<void(const Report&)>& beforeReading) {
     mState.step = Step::LoadPlugin;
+    mLog.setTrace(&mTrace);
     try {
         mPlugin.emplace(findPlugin(mOptions.pluginPath));
     } catch (const std::exception&) {
@@ -157,11 +174,12 @@ void Collector::Session::run(const std::function<void(const Report&)>& beforeRea
 
 bool Collector::Session::sniffAndCreate() {
     mState.step = Step::Sniff;
-    mLog.takeRecent();
-    host::SniffResult result = mPlugin->sniff(mSource->top());
+    // Sniffed and opened over the same source: what the trace notes later is dropped.
+    host::SniffResult result = mPlugin->sniff(mSource->traced(mTrace));
+    mLog.setTrace(nullptr);
     mReport.taken = result.taken();
+    explain();
     if (!result.taken()) {
-        mReport.declinedBecause = declineReason(mLog.takeRecent(), mOptions.containerMask());
         mReport.exitCode = kExitDeclined;
         return false;
     }
@@ -173,6 +191,19 @@ bool Collector::Session::sniffAndCreate() {
         return false;
     }
     return true;
+}
+
+void Collector::Session::explain() {
+    ExplainReport trace = mTrace.take();
+    const SniffCase sniffed{trace, mReport.taken, mOptions.containerMask(), mSource->fileBytes()};
+    std::optional<WideSniff> wide;
+    if (needsWideSniff(sniffed)) {
+        mState.step = Step::SniffAgain;
+        wide = sniffWithEveryContainer(*mPlugin, mSource->top(), sniffed.fileBytes, mLog);
+    }
+    mReport.reason = sniffReason(sniffed, wide);
+    if (mReport.reason.empty()) mReport.reason = "the plug-in left no reason";
+    if (mOptions.explain) mReport.explain = std::move(trace);
 }
 
 void Collector::Session::describe() {
@@ -281,6 +312,9 @@ void Collector::Session::closeWriters() {
 
 void Collector::Session::read() {
     openWriters();
+    if (mOptions.verify) {
+        mVerifier.emplace(mReport.file, mReport.tracks, mExtractor->countTracks());
+    }
     mState.step = Step::StartTracks;
     mPlayer.emplace(*mExtractor, selected());
     mState.step = Step::Read;
@@ -300,6 +334,8 @@ void Collector::Session::read() {
         if (buffer.isSync().value_or(false)) read.syncCount++;
         if (mOptions.samples) track.samples.push_back(toSample(buffer));
         count(index, buffer, timeUs);
+        if (mVerifier)
+            mVerifier->sample(static_cast<size_t>(&track - mReport.tracks.data()), buffer);
         const auto writer = mWriters.find(index);
         if (writer != mWriters.end() && writer->second) {
             try {
@@ -321,7 +357,15 @@ void Collector::Session::read() {
         TrackReport& track = trackReport(results[position].index);
         track.read->end = results[position].status;
         noteReadEnd(track, mPlayer->track(position) != nullptr);
+        if (mVerifier) mVerifier->end(position, track.read->end);
     }
+    if (!mVerifier) return;
+    mReport.verify = mVerifier->take();
+    const size_t differences = mReport.verify->differences.size();
+    if (differences == 0) return;
+    mReport.fail(kExitFailed,
+                 countText(differences, "difference") + " to " + mReport.verify->library +
+                         ", the first: " + differenceText(mReport.verify->differences[0]));
 }
 
 void Collector::Session::noteReadEnd(const TrackReport& track, bool started) {

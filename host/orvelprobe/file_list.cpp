@@ -14,6 +14,7 @@ void walk(const fs::path& folder, std::vector<std::string>* files, FileList* lis
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
+        if (entry->path().filename().string().front() == '.') continue;
         std::error_code ignored;
         if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
             walk(entry->path(), files, list);
@@ -34,6 +35,7 @@ FileList expandFiles(const std::vector<std::string>& arguments) {
             list.files.push_back(argument);
             continue;
         }
+        list.hasFolder = true;
         std::vector<std::string> below;
         const size_t errorsBefore = list.errors.size();
         walk(argument, &below, &list);

@@ -6,7 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <type_traits>
 
+#include "explain_output.h"
 #include "text.h"
+#include "verify_output.h"
 
 namespace orvel::probe {
 namespace {
@@ -99,6 +101,59 @@ void writeSeek(const SeekReport& seek, FILE* out) {
     fputs("]}", out);
 }
 
+Json explainJson(const Report& report) {
+    Json steps = Json::array();
+    for (const TraceEvent& event : report.explain->events) {
+        switch (event.kind) {
+            case TraceEvent::Kind::Read:
+                steps.push_back({{"read",
+                                  {{"offset", event.offset},
+                                   {"length", event.length},
+                                   {"result", event.result}}}});
+                break;
+            case TraceEvent::Kind::Size:
+                steps.push_back({{"size", event.result}});
+                break;
+            case TraceEvent::Kind::Line:
+                steps.push_back({{"log",
+                                  {{"priority", std::string(1, priorityLetter(event.priority))},
+                                   {"tag", event.tag},
+                                   {"text", event.text}}}});
+                break;
+        }
+    }
+    return {{"verdict", verdictText(report)},
+            {"steps", std::move(steps)},
+            {"omitted", report.explain->omitted}};
+}
+
+Json verifyJson(const VerifyReport& verify) {
+    Json differences = Json::array();
+    for (const Difference& difference : verify.differences) {
+        Json& json = differences.emplace_back(Json::object());
+        if (difference.track) json["track"] = *difference.track;
+        json["what"] = differenceName(difference.what);
+        switch (difference.what) {
+            case Difference::What::Track:
+                json["text"] = difference.text;
+                continue;
+            case Difference::What::Payload:
+                json["sample"] = difference.sample;
+                json["byte"] = difference.plugin;
+                continue;
+            case Difference::What::End:
+                break;
+            default:
+                json["sample"] = difference.sample;
+        }
+        if (difference.what != Difference::What::Missing) json["plugin"] = difference.plugin;
+        if (difference.what != Difference::What::Extra) json["reference"] = difference.reference;
+    }
+    return {{"reference", verify.library},
+            {"compared", verify.compared},
+            {"differences", std::move(differences)}};
+}
+
 }  // namespace
 
 void writeJson(const Report& report, FILE* out) {
@@ -109,6 +164,7 @@ void writeJson(const Report& report, FILE* out) {
         head["extractor"] = report.extractor;
         head["format"] = formatJson(report.format);
     }
+    if (report.explain) head["explain"] = explainJson(report);
     writeOpen(head, out);
     const char* separator = "";
     if (report.taken) {
@@ -130,6 +186,7 @@ void writeJson(const Report& report, FILE* out) {
         }
         fputc(']', out);
     }
+    if (report.verify) fprintf(out, ",\"verify\":%s", dump(verifyJson(*report.verify)).c_str());
     fputs(report.error.empty() ? "}\n" : addJsonError("}", report.error).c_str(), out);
 }
 

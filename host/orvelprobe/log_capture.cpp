@@ -7,12 +7,12 @@
 #include <cstring>
 #include <iterator>
 
+#include "sniff_trace.h"
 #include "text.h"
 
 namespace orvel::probe {
 namespace {
 
-constexpr size_t kMaxRecent = 64;
 constexpr size_t kMaxDifferentWarnings = 64;
 
 // Logged as warnings or errors on every ordinary run: the end of the file or of its subtitles, a
@@ -25,6 +25,8 @@ constexpr const char* kRoutine[] = {
         "key is 0x616c414d",
         "Estimating duration from bitrate",
 };
+
+thread_local bool tPaused = false;
 
 bool isRoutine(const char* text) {
     return std::any_of(std::begin(kRoutine), std::end(kRoutine),
@@ -42,11 +44,10 @@ LogCapture::~LogCapture() {
 }
 
 void LogCapture::onLine(void* cookie, int priority, const char* tag, const char* text) {
-    if (priority < ANDROID_LOG_INFO) return;
+    if (tPaused) return;
     auto* self = static_cast<LogCapture*>(cookie);
     const std::lock_guard<std::mutex> lock(self->mMutex);
-    self->mRecent.emplace_back(text);
-    if (self->mRecent.size() > kMaxRecent) self->mRecent.pop_front();
+    if (self->mTrace) self->mTrace->addLine(priority, tag, text);
     if (priority < ANDROID_LOG_WARN || isRoutine(text)) return;
     std::string line = std::string(tag) + ": " + text;
     const auto known = std::find_if(self->mWarnings.begin(), self->mWarnings.end(),
@@ -60,11 +61,17 @@ void LogCapture::onLine(void* cookie, int priority, const char* tag, const char*
     }
 }
 
-std::vector<std::string> LogCapture::takeRecent() {
+void LogCapture::setTrace(SniffTrace* trace) {
     const std::lock_guard<std::mutex> lock(mMutex);
-    std::vector<std::string> lines(mRecent.begin(), mRecent.end());
-    mRecent.clear();
-    return lines;
+    mTrace = trace;
+}
+
+LogCapture::Pause::Pause() {
+    tPaused = true;
+}
+
+LogCapture::Pause::~Pause() {
+    tPaused = false;
 }
 
 std::vector<std::string> LogCapture::warnings(size_t maxLines) const {

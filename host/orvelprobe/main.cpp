@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -20,6 +21,7 @@
 #include "plugin_path.h"
 #include "progress_line.h"
 #include "supervisor.h"
+#include "table_output.h"
 #include "text.h"
 #include "text_output.h"
 
@@ -63,7 +65,10 @@ std::string endingText(const Outcome& outcome, double timeoutSeconds) {
 class Command {
   public:
     explicit Command(const Options& options)
-        : mOptions(options), mStyle(terminalStyle(options)), mProgress(true) {}
+        : mOptions(options),
+          mStyle(terminalStyle(options)),
+          mTable(mStyle, options.read, stdout),
+          mProgress(true) {}
 
     int run() {
         FileList list = expandFiles(mOptions.files);
@@ -76,6 +81,10 @@ class Command {
             fputs("orvelprobe: --extract and --cover need exactly one FILE\n", stderr);
             return kExitUsage;
         }
+        const bool many = mFiles.size() > 1 || list.hasFolder;
+        mAsTable = mOptions.table ||
+                   (many && !mOptions.pages && !mOptions.json && !mOptions.needsPage());
+        const auto begin = std::chrono::steady_clock::now();
         Supervisor supervisor(
                 {mOptions.jobs, std::chrono::duration<double>(mOptions.timeoutSeconds)},
                 [this](size_t index, ChildState& state, FILE* out) {
@@ -86,6 +95,9 @@ class Command {
                     mProgress.draw(mFiles[index], index, mFiles.size(), state);
                 });
         supervisor.run(mFiles.size());
+        mProgress.clear();
+        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+        if (mAsTable && !mStopped) mTable.writeSummary(mSamples, mBytes, passed.count());
         return mExitCode;
     }
 
@@ -93,6 +105,8 @@ class Command {
     void write(const Report& report, FILE* out) const {
         if (mOptions.json) {
             writeJson(report, out);
+        } else if (mAsTable) {
+            fputs(makeRow(report).toText().c_str(), out);
         } else {
             writeText(report, mStyle, out);
         }
@@ -121,7 +135,10 @@ class Command {
 
     bool deliver(size_t index, const Outcome& outcome) {
         mProgress.clear();
+        mSamples += outcome.samples;
+        mBytes += outcome.bytes;
         if (outcome.noPlugin) {
+            mStopped = true;
             mExitCode = kExitUsage;
             fprintf(stderr, "orvelprobe: %s\n", outcome.error.c_str());
             return false;
@@ -137,21 +154,24 @@ class Command {
         int exitCode = outcome.exitCode;
         if (outcome.how != Outcome::How::Finished) {
             const std::string ending = endingText(outcome, mOptions.timeoutSeconds);
-            writeBroken(index, page, ending);
             error = error.empty() ? ending : error + "; " + ending;
             exitCode = kExitFailed;
-        } else {
+            if (!mAsTable) writeBroken(index, page, ending);
+        } else if (!mAsTable) {
             fputs(page.c_str(), stdout);
         }
+        if (mAsTable) writeRow(index, page, outcome, error);
         mExitCode = std::max(mExitCode, exitCode);
         if (outcome.how == Outcome::How::Finished && mFiles.size() - index > 3) preload();
         if (fflush(stdout) != 0) {
             fprintf(stderr, "orvelprobe: cannot write to stdout: %s\n", strerror(errno));
             mExitCode = std::max<int>(mExitCode, kExitUsage);
+            mStopped = true;
             return false;
         }
-        // One line for a log or a pipeline; on a terminal the page has just said it.
-        const bool seen = !mOptions.json && isatty(STDOUT_FILENO) && isatty(STDERR_FILENO);
+        // One line for a log or a pipeline; a table and, on a terminal, a page have just said it.
+        const bool seen =
+                mAsTable || (!mOptions.json && isatty(STDOUT_FILENO) && isatty(STDERR_FILENO));
         if (!error.empty() && !seen) {
             fprintf(stderr, "orvelprobe: %s: %s\n", printable(mFiles[index]).c_str(),
                     printable(error).c_str());
@@ -173,6 +193,18 @@ class Command {
         }
     }
 
+    void writeRow(size_t index, const std::string& page, const Outcome& outcome,
+                  const std::string& error) {
+        TableRow row = TableRow::fromText(page);
+        if (outcome.how != Outcome::How::Finished) {
+            row.result = outcome.how == Outcome::How::Crashed    ? Result::Crashed
+                         : outcome.how == Outcome::How::TimedOut ? Result::TimedOut
+                                                                 : Result::Failed;
+            row.remark = printable(error);
+        }
+        mTable.writeRow(mFiles[index], row);
+    }
+
     // The page that the file got as far as, if any, and how it ended.
     void writeBroken(size_t index, const std::string& page, const std::string& ending) const {
         if (page.empty()) {
@@ -191,10 +223,15 @@ class Command {
 
     const Options& mOptions;
     const TextStyle mStyle;
+    Table mTable;
     ProgressLine mProgress;
     std::vector<std::string> mFiles;
     int mExitCode = kExitFine;
     bool mPreloaded = false;
+    bool mAsTable = false;
+    bool mStopped = false;  // before the last file
+    uint64_t mSamples = 0;  // read over all files
+    uint64_t mBytes = 0;
 };
 
 }  // namespace

@@ -17,8 +17,6 @@ namespace {
 
 constexpr std::array<const char*, 4> kSeekModes = {"previous", "next", "closest-sync", "closest"};
 
-constexpr char kMaskProperty[] = "mm.enable.orvel_parser";
-
 struct LogLevel {
     const char* name;
     int priority;
@@ -44,7 +42,8 @@ constexpr char kFooter[] =
         "  0  all files were taken and read to a clean end\n"
         "  1  a file was declined\n"
         "  2  usage, or a file that cannot be read or written\n"
-        "  3  a read ended with an error, or a file crashed or timed out";
+        "  3  a read ended with an error, --verify found a difference, or a file crashed\n"
+        "     or timed out";
 
 // Names and values only: what a value has to be stands in the description.
 class HelpFormatter : public CLI::Formatter {
@@ -54,7 +53,7 @@ class HelpFormatter : public CLI::Formatter {
         return option->get_type_name().empty() ? "" : " " + option->get_option_text();
     }
     std::string make_usage(const CLI::App*, std::string) const override {
-        return "Usage: orvelprobe [OPTIONS] FILE...   (a FOLDER means every file below it)\n";
+        return "Usage: orvelprobe [OPTIONS] FILE...   (a FOLDER: every file below it)\n";
     }
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode mode) const override {
@@ -154,7 +153,16 @@ void complete(Options* options) {
     if (!options->seeks.empty() && !options->extract.empty()) {
         reject("--seek reads only the samples after each seek; --extract needs a run of its own");
     }
-    if (options->samples) options->read = true;
+    if (!options->seeks.empty() && options->verify) {
+        reject("--verify compares a whole read; --seek needs a run of its own");
+    }
+    if (options->table + options->pages + options->json > 1) {
+        reject("--table, --pages and --json exclude one another");
+    }
+    if (options->table && options->needsPage()) {
+        reject("a table has no room for --keys, --samples, --seek and --explain; use --pages");
+    }
+    if (options->samples || options->verify) options->read = true;
     if (!options->extract.empty() && !options->read) {
         // Only what is written out has to be read, unless a track was asked for as well.
         for (const auto& [track, path] : options->extract)
@@ -181,6 +189,10 @@ Options::Options() : properties({{kMaskProperty, "32767"}}), logPriority(ANDROID
 
 bool Options::wants(size_t track) const {
     return tracks.empty() || std::binary_search(tracks.begin(), tracks.end(), track);
+}
+
+bool Options::needsPage() const {
+    return keys || samples || explain || !seeks.empty();
 }
 
 std::string Options::containerMask() const {
@@ -232,7 +244,19 @@ int parseOptions(int argc, char** argv, Options* options) {
     option("--seek", seeks, "TIME[:MODE]",
            "Seek all tracks, show where each lands (repeatable); TIME\n"
            "is 12.5 (seconds) or 12500000us. Nothing else is read");
+    flag("--verify", options->verify,
+         "Read with plain libavformat too and show every\n"
+         "difference in time, size, key flag and payload");
     group = "Output";
+    flag("--explain", options->explain,
+         "Why it was taken or declined: what the plug-in read and\n"
+         "logged while it decided, in order, and the verdict");
+    flag("--table", options->table,
+         "One line a file and a summary, as files finish in order\n"
+         "(default for a FOLDER and for more than one FILE)");
+    flag("--pages", options->pages,
+         "One page a file (default for one FILE, and with --keys,\n"
+         "--samples, --seek and --explain)");
     flag("--json", options->json, "One JSON object per file and line instead of text");
     flag("--keys", options->keys, "Every format key in the text form");
     option("--extract", extract, "N=PATH",

@@ -9,6 +9,9 @@
 
 namespace orvel::probe {
 
+// Which containers the plug-in takes: a decimal sum of bits.
+constexpr char kMaskProperty[] = "mm.enable.orvel_parser";
+
 // How the source is made to misbehave; the defaults leave it as it is.
 struct SourceOptions {
     int64_t latencyUs = 0;  // added to every read
@@ -28,6 +31,10 @@ struct Options {
     bool read = false;
     bool samples = false;
     bool keys = false;
+    bool explain = false;
+    bool verify = false;
+    bool table = false;
+    bool pages = false;
     std::vector<size_t> tracks;  // empty: all
     uint64_t limit = 0;          // samples per track; 0: no limit
     std::vector<SeekRequest> seeks;
@@ -42,6 +49,8 @@ struct Options {
 
     Options();
     bool wants(size_t track) const;
+    // Something is asked for that a line of a table cannot show.
+    bool needsPage() const;
     // The value of mm.enable.orvel_parser that the plug-in will see.
     std::string containerMask() const;
 };

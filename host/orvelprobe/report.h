@@ -77,16 +77,57 @@ struct SeekReport {
     std::vector<SeekTrackReport> tracks;
 };
 
+// One step of the plug-in's decision.
+struct TraceEvent {
+    enum class Kind { Read, Size, Line };
+    Kind kind = Kind::Line;
+    int64_t offset = 0;   // Read
+    uint64_t length = 0;  // Read: bytes asked for
+    int64_t result = 0;   // Read: bytes or a negative status; Size: what the source says
+    int priority = 0;     // Line: an android_LogPriority
+    std::string tag;      // Line
+    std::string text;     // Line
+};
+
+// With --explain: how the plug-in came to its decision.
+struct ExplainReport {
+    std::vector<TraceEvent> events;
+    uint64_t omitted = 0;  // events beyond what is kept
+};
+
+// One sample, or one track, in which plug-in and plain libavformat differ.
+struct Difference {
+    enum class What { Track, Time, Key, Size, Payload, Missing, Extra, End };
+    What what = What::Time;
+    std::optional<size_t> track;  // the plug-in's; none: a stream that should be a track
+    uint64_t sample = 0;          // its number as the plug-in delivers it; where it is missing
+    // Time: microseconds. Key: 0 or 1. Size: bytes. Payload: offset of the first byte that differs
+    // in the sample as delivered, twice. Missing and Extra: the sample's time in the one that has
+    // it. End: statuses.
+    int64_t plugin = 0;
+    int64_t reference = 0;
+    std::string text;  // Track: what is wrong
+};
+
+// With --verify.
+struct VerifyReport {
+    std::string library;  // "libavformat 59.27.100"
+    uint64_t compared = 0;
+    std::vector<Difference> differences;
+};
+
 struct Report {
     std::string file;
     bool opened = false;  // the plug-in was asked; otherwise only `file` and `error` count
     bool taken = false;
-    std::string declinedBecause;  // a sentence, or empty when the plug-in left no hint
+    std::string reason;  // why it was taken or declined: a sentence without its end
+    std::optional<ExplainReport> explain;
     float confidence = 0;
     std::string extractor;
     FormatReport format;
     std::vector<TrackReport> tracks;
     std::vector<SeekReport> seeks;
+    std::optional<VerifyReport> verify;
     bool listSamples = false;
     double readSeconds = 0;            // wall time of reading; differs from run to run: text only
     std::vector<std::string> notes;    // what the plug-in warned of; text only

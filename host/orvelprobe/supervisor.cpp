@@ -213,6 +213,8 @@ void Supervisor::finish(Child& child, int status) {
     outcome.outputDone = child.state->outputDone;
     if (outcome.outputDone) outcome.error = child.state->error;
     outcome.noPlugin = child.state->noPlugin;
+    outcome.samples = child.state->samples;
+    outcome.bytes = child.state->bytes;
     outcome.whereabouts = child.state->whereabouts();
     if (child.killed && WIFSIGNALED(status)) {
         outcome.how = Outcome::How::TimedOut;

@@ -27,6 +27,8 @@ struct Outcome {
     std::string whereabouts;  // what it was doing when it ended
     std::string error;        // of its report; empty unless `outputDone`
     bool noPlugin = false;
+    uint64_t samples = 0;  // that the plug-in delivered, also before a crash
+    uint64_t bytes = 0;
 };
 
 // Runs one job for every file, up to `jobs` at a time, and hands the outcomes over in the order of

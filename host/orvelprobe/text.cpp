@@ -74,11 +74,15 @@ bool isControl(std::string_view sequence) {
 
 }  // namespace
 
-std::string countText(uint64_t count, const char* noun) {
+std::string countText(uint64_t count) {
     std::string text = std::to_string(count);
     for (size_t i = text.size(); i > 3; i -= 3)
         text.insert(i - 3, ",");
-    return text + " " + noun + (count == 1 ? "" : "s");
+    return text;
+}
+
+std::string countText(uint64_t count, const char* noun) {
+    return countText(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string sizeText(uint64_t bytes) {

@@ -8,6 +8,8 @@
 
 namespace orvel::probe {
 
+// "1,204".
+std::string countText(uint64_t count);
 // "1 sample", "1,204 samples".
 std::string countText(uint64_t count, const char* noun);
 // Decimal units: "812 B", "61.7 kB", "1.20 GB".

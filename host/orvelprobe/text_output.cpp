@@ -8,14 +8,16 @@
 #include <string>
 #include <type_traits>
 
+#include "explain_output.h"
 #include "options.h"
+#include "page.h"
 #include "text.h"
 #include "track_line.h"
+#include "verify_output.h"
 
 namespace orvel::probe {
 namespace {
 
-constexpr size_t kLabelColumns = 12;
 constexpr size_t kHexBytesShown = 24;
 
 // File-level keys in the order of the page. What is not here shows up with --keys.
@@ -39,36 +41,6 @@ constexpr Tag kTags[] = {
         {"compilation", "compilation"},
         {"location", "location"},
         {"manufacturer", "made by"},
-};
-
-enum class Colour { Bold, Good, Warn, Bad, Dim };
-
-class Page {
-  public:
-    Page(const TextStyle& style, FILE* out) : mStyle(style), mOut(out) {}
-
-    std::string paint(Colour colour, const std::string& text) const {
-        static constexpr const char* kCodes[] = {"1", "32", "33", "31;1", "2"};
-        if (!mStyle.colour) return text;
-        return "\033[" + std::string(kCodes[static_cast<int>(colour)]) + "m" + text + "\033[0m";
-    }
-    void line(const std::string& text) const { fprintf(mOut, "%s\n", text.c_str()); }
-    // "  label       text"
-    void row(const std::string& label, const std::string& text) const {
-        const size_t pad = label.size() < kLabelColumns ? kLabelColumns - label.size() : 1;
-        line("  " + paint(Colour::Dim, label) + std::string(pad, ' ') + text);
-    }
-    // Untrusted text, cut to the page unless everything was asked for.
-    std::string foreign(const std::string& text, size_t taken = kLabelColumns + 2) const {
-        const size_t room = mStyle.width > taken + 20 ? mStyle.width - taken - 3 : 20;
-        return printable(text, mStyle.allKeys ? 0 : room);
-    }
-    FILE* out() const { return mOut; }
-    bool allKeys() const { return mStyle.allKeys; }
-
-  private:
-    const TextStyle& mStyle;
-    FILE* mOut;
 };
 
 std::string valueText(const Page& page, const host::FormatValue& value) {
@@ -250,13 +222,13 @@ void writeTaken(const Page& page, const Report& report) {
 void writeText(const Report& report, const TextStyle& style, FILE* out) {
     const Page page(style, out);
     page.line(page.paint(Colour::Bold, printable(report.file)));
+    if (report.explain) writeExplain(page, report);
     if (report.taken) {
         writeTaken(page, report);
-    } else if (report.opened) {
-        const std::string reason = report.declinedBecause.empty() ? "the plug-in left no reason"
-                                                                  : report.declinedBecause;
-        page.row("declined", page.paint(Colour::Warn, printable(reason)));
+    } else if (report.opened && !report.explain) {
+        page.row("declined", page.paint(Colour::Warn, printable(report.reason)));
     }
+    if (report.verify) writeVerify(page, *report.verify);
     for (const std::string& written : report.written)
         page.row("wrote", printable(written));
     for (const std::string& note : report.notes)

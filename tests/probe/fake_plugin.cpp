@@ -1,13 +1,15 @@
 // A plug-in whose "media files" are scripts: what it reports, delivers and does wrong stands in the
-// file, a line each. It takes files that begin with "FAKE".
+// file, a line each, from "FAKE" on. What stands in front of that is for other readers.
 //
 //   format TYPE KEY VALUE      an entry of the file's format, after "track" of that track's;
 //                              TYPE: i32 i64 f32 str rect (L,T,R,B) buf (hexadecimal)
 //   track                      begins a track
 //   sample TIMEUS KEY HEX      KEY: 0 or 1
 //   end STATUS                 what the read behind the last sample returns; -1011 if absent
+//   log PRIORITY TEXT          logged while it decides, under the tag FFmpegObject
+//   bit N                      it is taken only if mm.enable.orvel_parser enables this container
 //   on STEP DEED               STEP: sniff create start read (behind the last sample) stop free;
-//                              DEED: crash hang exit print
+//                              DEED: crash hang exit print, for sniff also decline
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <media/MediaExtractorPluginApi.h>
@@ -45,6 +47,8 @@ struct Script {
     std::vector<std::string> format;
     std::vector<FakeTrack> tracks;
     std::map<std::string, std::string> deeds;
+    std::vector<std::pair<int, std::string>> log;
+    int bit = 0;
     int reads = 0;
     off64_t size = -1;
 };
@@ -88,7 +92,9 @@ std::shared_ptr<Script> parse(CDataSource* source) {
         script->reads++;
         if (length > 0) text.append(buffer, static_cast<size_t>(length));
     } while (length > 0);
-    if (length < 0 || text.rfind("FAKE\n", 0) != 0) return nullptr;
+    const size_t begin = text.find("FAKE\n");
+    if (length < 0 || begin == std::string::npos) return nullptr;
+    text.erase(0, begin);
     source->getSize(source->handle, &script->size);
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
@@ -108,6 +114,14 @@ std::shared_ptr<Script> parse(CDataSource* source) {
             track->samples.push_back(sample);
         } else if (word == "end") {
             words >> track->end;
+        } else if (word == "log") {
+            int priority = 0;
+            words >> priority >> std::ws;
+            std::string text;
+            std::getline(words, text);
+            script->log.emplace_back(priority, text);
+        } else if (word == "bit") {
+            words >> script->bit;
         } else if (word == "on") {
             std::string step, deed;
             words >> step >> deed;
@@ -219,7 +233,19 @@ CMediaExtractor* create(CDataSource*, void* meta) {
 CreatorFunc sniff(CDataSource* source, float* confidence, void** meta, FreeMetaFunc* freeMeta) {
     auto script = parse(source);
     if (!script) return nullptr;
+    for (const auto& [priority, text] : script->log)
+        __android_log_print(priority, "FFmpegObject", "%s", text.c_str());
+    if (script->bit != 0) {
+        char mask[PROPERTY_VALUE_MAX];
+        property_get("mm.enable.orvel_parser", mask, "0");
+        const bool enabled = (atoi(mask) & script->bit) != 0;
+        __android_log_print(ANDROID_LOG_INFO, "FFmpegObject",
+                            "mime:video/fake, mediaFlag:0x%x, finalScore:%d",
+                            enabled ? script->bit : 0, enabled ? 100 : 0);
+        if (!enabled) return nullptr;
+    }
     act(*script, "sniff");
+    if (script->deeds["sniff"] == "decline") return nullptr;
     *confidence = 0.9f;
     *meta = new std::shared_ptr<Script>(std::move(script));
     *freeMeta = [](void* held) { delete static_cast<std::shared_ptr<Script>*>(held); };

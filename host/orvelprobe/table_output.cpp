@@ -1,0 +1,156 @@
+#include "table_output.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+
+#include "page.h"
+#include "text.h"
+
+namespace orvel::probe {
+namespace {
+
+struct ResultName {
+    const char* row;
+    const char* summary;
+    Colour colour;
+};
+constexpr ResultName kResults[] = {
+        {"taken", "taken", Colour::Good},          {"declined", "declined", Colour::Warn},
+        {"unreadable", "unreadable", Colour::Bad}, {"differs", "with differences", Colour::Bad},
+        {"failed", "failed", Colour::Bad},         {"crashed", "crashed", Colour::Bad},
+        {"timed out", "timed out", Colour::Bad},
+};
+static_assert(std::size(kResults) == static_cast<size_t>(Result::TimedOut) + 1);
+
+constexpr size_t kResultColumns = 12;
+constexpr size_t kContainerColumns = 11;
+constexpr size_t kDurationColumns = 13;
+constexpr size_t kTracksColumns = 22;
+constexpr size_t kReadColumns = 18;
+
+std::string padded(std::string text, size_t columns) {
+    if (text.size() > columns - 2) text = text.substr(0, columns - 4) + "..";
+    return text + std::string(columns - text.size(), ' ');
+}
+
+// "avc" for "video/avc", "matroska" for "video/x-matroska".
+std::string shortMime(const std::string& mime) {
+    static constexpr const char* kShort[][2] = {
+            {"audio/mpeg", "mp3"},      {"audio/mp4a-latm", "aac"}, {"audio/raw", "pcm"},
+            {"video/mp4v-es", "mpeg4"}, {"text/3gpp-tt", "text"},
+    };
+    for (const auto& row : kShort) {
+        if (mime == row[0]) return row[1];
+    }
+    std::string_view rest = mime;
+    rest.remove_prefix(std::min(rest.size(), rest.find('/') + 1));
+    for (const std::string_view vendor : {"x-vnd.on2.", "x-", "vnd."}) {
+        if (rest.substr(0, vendor.size()) == vendor) {
+            rest.remove_prefix(vendor.size());
+            break;
+        }
+    }
+    return printable(rest);
+}
+
+Result resultOf(const Report& report) {
+    if (!report.opened) return Result::Unreadable;
+    if (report.exitCode == kExitDeclined) return Result::Declined;
+    if (report.verify && !report.verify->differences.empty()) return Result::Differs;
+    return report.exitCode == kExitFine ? Result::Taken : Result::Failed;
+}
+
+std::string columnsOf(const Report& report) {
+    if (!report.taken) return "";
+    std::string container = report.format.text(host::kKeyMime), tracks;
+    int64_t durationUs = -1;
+    uint64_t samples = 0, bytes = 0;
+    bool wasRead = false;
+    for (const TrackReport& track : report.tracks) {
+        const std::string own = track.format.text("file-format");
+        if (!own.empty()) container = own;
+        const auto* value = track.format.find<int64_t>(host::kKeyDurationUs);
+        if (value) durationUs = std::max(durationUs, *value);
+        tracks += (tracks.empty() ? "" : "+") + shortMime(track.format.text(host::kKeyMime));
+        if (!track.read) continue;
+        wasRead = true;
+        samples += track.read->count;
+        bytes += track.read->bytes;
+    }
+    std::string text =
+            padded(container.empty() ? "unknown" : shortMime(container), kContainerColumns) +
+            padded(durationUs < 0 ? "-" : durationText(durationUs), kDurationColumns) +
+            padded(tracks.empty() ? "no tracks" : tracks, kTracksColumns);
+    if (wasRead) {
+        text += padded(std::to_string(samples), kReadColumns / 2) +
+                padded(sizeText(bytes), kReadColumns / 2 + 2);
+    }
+    return text;
+}
+
+std::string remarkOf(const Report& report) {
+    if (!report.error.empty()) return report.error;
+    if (!report.taken) return report.reason;
+    return "";
+}
+
+}  // namespace
+
+TableRow makeRow(const Report& report) {
+    return {resultOf(report), columnsOf(report), printable(remarkOf(report))};
+}
+
+std::string TableRow::toText() const {
+    return std::to_string(static_cast<int>(result)) + "\n" + columns + "\n" + remark + "\n";
+}
+
+TableRow TableRow::fromText(const std::string& text) {
+    const size_t first = text.find('\n'), second = text.find('\n', first + 1);
+    if (first == std::string::npos || second == std::string::npos) return {};
+    return {static_cast<Result>(atoi(text.c_str())), text.substr(first + 1, second - first - 1),
+            text.substr(second + 1, text.size() - second - 2)};
+}
+
+void Table::writeRow(const std::string& file, const TableRow& row) {
+    const Page page(mStyle, mOut);
+    const size_t readColumns = mShowsRead ? kReadColumns + 2 : 0;
+    if (mRows++ == 0) {
+        page.line(page.paint(
+                Colour::Bold,
+                padded("RESULT", kResultColumns) + padded("CONTAINER", kContainerColumns) +
+                        padded("DURATION", kDurationColumns) + padded("TRACKS", kTracksColumns) +
+                        (mShowsRead ? padded("SAMPLES", kReadColumns / 2) +
+                                              padded("SIZE", kReadColumns / 2 + 2)
+                                    : "") +
+                        "FILE"));
+    }
+    mCounts[static_cast<size_t>(row.result)]++;
+    const ResultName& name = kResults[static_cast<size_t>(row.result)];
+    const size_t width = kContainerColumns + kDurationColumns + kTracksColumns + readColumns;
+    std::string columns = row.columns.empty() ? padded("-", kContainerColumns) : row.columns;
+    columns.resize(std::max(columns.size(), width), ' ');
+    std::string text = printable(file);
+    if (!row.remark.empty()) text += ": " + row.remark;
+    page.line(page.paint(name.colour, padded(name.row, kResultColumns)) + columns + text);
+}
+
+void Table::writeSummary(uint64_t samples, uint64_t bytes, double seconds) const {
+    const Page page(mStyle, mOut);
+    char time[32];
+    snprintf(time, sizeof(time), seconds < 10 ? " in %.2f s: " : " in %.0f s: ", seconds);
+    std::string text = countText(mRows, "file") + time;
+    const char* separator = "";
+    for (size_t i = 0; i < mCounts.size(); i++) {
+        if (mCounts[i] == 0) continue;
+        text += separator +
+                page.paint(kResults[i].colour, countText(mCounts[i]) + " " + kResults[i].summary);
+        separator = ", ";
+    }
+    if (mShowsRead) text += "; " + countText(samples, "sample") + ", " + sizeText(bytes) + " read";
+    page.line("");
+    page.line(text);
+}
+
+}  // namespace orvel::probe
