@@ -32,7 +32,8 @@ ssize_t FaultSource::readAt(off64_t offset, void* data, size_t size) {
     const uint64_t call = mCalls.fetch_add(1) + 1;
     if (mFault && isHit(offset, size, call)) {
         mFaults.fetch_add(1);
-        return mFault->result;
+        if (!mFault->cutTo) return mFault->result;
+        size = std::min(size, *mFault->cutTo);
     }
     if (sizeHasChanged(call) && offset >= 0) {
         if (offset >= mChange->size) return 0;

@@ -34,6 +34,8 @@ struct Fault {
     Repeat repeat = Repeat::ForGood;
     /** What a failing read returns: a negative status, or 0 for zero bytes before the end. */
     android::status_t result = android::ERROR_IO;
+    /** In place of a failure: a read that is hit gives at most so many bytes. */
+    std::optional<size_t> cutTo = std::nullopt;
 };
 
 /** A size that changes while the source is in use, as a file that is being cut or written. */
