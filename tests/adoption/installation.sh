@@ -37,6 +37,9 @@ for option in $options; do
   grep -qE -- "--$option(=?\[|\}'\[)" $zsh_file || fail "$zsh_file: --$option"
   grep -qE -- " -l $option( |$)" $fish_file || fail "$fish_file: --$option"
 done
+for option in $(grep -oE '\\-\\-([a-z]|\\-)+' $man | tr -d '\\'); do
+  grep -qE -- "^  (-[A-Za-z],)?$option( |$)" <<<"$help" || fail "$man: $option is not an option"
+done
 
 # The completion as bash runs it, over stand-ins for bash-completion's helpers.
 complete_words() {
