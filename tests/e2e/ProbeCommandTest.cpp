@@ -98,6 +98,28 @@ TEST(ProbeCommand, samplesOfEveryFileEqualLibavformats) {
     }
 }
 
+// The time lies between two frames, and the key frame before them is seconds away.
+TEST(ProbeCommand, exactSeekTargetsTheClosestFrame) {
+    const std::string path = mediaPath("mp4_long_gop.mp4");
+    host::FileSource source(path);
+    const Oracle oracle = Oracle::read(source, "mov");
+    int64_t closest = INT64_MAX, key = 0;
+    for (const Sample& sample : oracle.streams[0].samples) {
+        const int64_t away = std::abs(sample.timeUs - 12500000);
+        if (away < std::abs(closest - 12500000)) closest = sample.timeUs;
+        if (sample.sync && sample.timeUs <= 12500000) key = sample.timeUs;
+    }
+    const Ran ran = orvelprobe("--track 0 --limit 1 --seek 12.5:closest " + path);
+    ASSERT_EQ(ran.lines.size(), 1u);
+    const json& seek = ran.lines[0]["seeks"][0];
+    EXPECT_EQ(seek["timeUs"], 12500000);
+    EXPECT_EQ(seek["mode"], 3);
+    const json& sample = seek["tracks"][0]["samples"][0];
+    EXPECT_EQ(sample["targetTimeUs"], closest);
+    EXPECT_EQ(sample["timeUs"], key);
+    EXPECT_EQ(sample["sync"], true);
+}
+
 TEST(ProbeCommand, declinedFileIsExitOneAndTheNextGoesOn) {
     const Ran ran = orvelprobe(mediaPath("mp4_aac.m4a") + " " + mediaPath("wav_u8.wav"));
     EXPECT_EQ(ran.exit, 1);

@@ -1,0 +1,241 @@
+// Seeks at awkward moments, from two threads, and very many of them.
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <media/stagefright/MediaErrors.h>
+
+#include <future>
+#include <map>
+#include <random>
+#include <thread>
+
+#include "e2e/SeekFixture.h"
+#include "framework/LatchSource.h"
+#include "plugin/LogCapture.h"
+
+namespace orvel::test {
+
+using namespace android;
+using host::SeekMode;
+
+namespace {
+
+// What the file holds, found by time.
+using SampleMap = std::map<int64_t, Sample>;
+SampleMap samplesByTime(const Bytes& bytes, const std::string& demuxer, int stream) {
+    host::MemorySource source(bytes);
+    Oracle oracle = Oracle::read(source, demuxer);
+    SampleMap samples;
+    for (Sample& sample : oracle.streams[stream].samples)
+        samples.emplace(sample.timeUs, std::move(sample));
+    return samples;
+}
+
+struct File {
+    const char* name;
+    const char* demuxer;
+};
+
+}  // namespace
+
+// Video and audio started, the video of 2 s sought first, then the audio, which is a little longer.
+TEST(SeekDecision, movesTheDemultiplexerNoMoreOftenThanItMust) {
+    const Bytes bytes = mediaBytes("mp4_no_b.mp4");
+    host::MemorySource source(bytes);
+    SeekFixture opened(source, bytes, "mov");
+    ASSERT_EQ(opened.oracle().tracks()[0].durationUs, 2000000);
+    ASSERT_EQ(opened.oracle().tracks()[1].durationUs, 2016000);
+    const struct {
+        int64_t timeUs;
+        int mode;
+        Lines lines;
+    } rows[] = {
+            {500000, 0, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
+            {500000, 1, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:1"}},
+            {500000, 2, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:2"}},
+            {500000,
+             3,
+             {"[0] (codec_type:0) will seekTo 500000 us, seekmode:3",
+              "[1] (codec_type:1) will seekTo 500000 us, seekmode:3"}},
+            {2000000, 0, {"[0] (codec_type:0) will seekTo 2000000 us, seekmode:0"}},
+            {2010000,
+             0,
+             {"[video 0] seekTimeUs:2010000 us exceeds duration:2000000 us",
+              "[1] (codec_type:1) will seekTo 2010000 us, seekmode:0"}},
+            {3000000,
+             3,
+             {"[video 0] seekTimeUs:3000000 us exceeds duration:2000000 us",
+              "[audio 1] seekTimeUs:3000000 us exceeds duration:2016000 us"}},
+            {500000, 0, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
+    };
+    for (const auto& row : rows) {
+        LogCapture log;
+        opened.seek(row.timeUs, static_cast<SeekMode>(row.mode), 0);
+        Lines decisions;
+        for (const std::string& line : log.take("FFmpegReader")) {
+            const bool moves = line.find("will seekTo") != line.npos;
+            if (!moves && line.find("exceeds") == line.npos) continue;
+            const std::string head = moves ? "I FFmpegReader: " : "W FFmpegReader: ";
+            EXPECT_EQ(line.substr(0, head.size()), head);
+            decisions.push_back(line.substr(head.size()));
+        }
+        EXPECT_EQ(decisions, row.lines);
+    }
+}
+
+// The audio begins behind all of the video: the pass that looks for it is long.
+TEST(SeekDuringReadAhead, waitsForThePassAndLands) {
+    const Bytes bytes = mediaBytes("mp4_late_audio.mp4");
+    const SampleMap audio = samplesByTime(bytes, "mov", 1);
+    for (uint64_t depth = 1; depth <= 20; depth += 3) {
+        host::MemorySource memory(bytes);
+        host::LatchSource source(memory);
+        SeekFixture opened(source, bytes, "mov");
+        source.armAtCall(source.calls() + depth);
+        auto reading = std::async(std::launch::async, [&] {
+            host::ReadResult read = opened.track(1).read();
+            ASSERT_EQ(read.status, OK);
+            const Sample sample = asSample(read.buffer);
+            EXPECT_EQ(audio.at(sample.timeUs), sample);
+        });
+        ASSERT_TRUE(source.waitUntilBlocked());
+        const SeekOracle::Outcome expected = opened.oracle().seek(0, 1500000, SeekMode::Closest);
+        auto seeking = std::async(std::launch::async, [&] {
+            host::ReadResult read = opened.track(0).read(seekTo(1500000, SeekMode::Closest));
+            ASSERT_EQ(read.status, OK);
+            EXPECT_EQ(asSample(read.buffer), expected.sample);
+            EXPECT_EQ(read.buffer.targetTimeUs(), expected.targetUs);
+        });
+        EXPECT_EQ(seeking.wait_for(std::chrono::milliseconds(2)), std::future_status::timeout);
+        source.release();
+        ASSERT_EQ(seeking.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+        ASSERT_EQ(reading.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    }
+}
+
+class SeekRace : public ::testing::TestWithParam<int> {};
+
+INSTANTIATE_TEST_SUITE_P(Modes, SeekRace, ::testing::Values(3, 4));
+
+// Two tracks sought and read by a thread each. The last mode moves the demultiplexer for audio as
+// well, under the feet of the video; without it the video's samples follow its own seeks.
+TEST_P(SeekRace, everySampleIsWhatTheFileHoldsThere) {
+    const Bytes bytes = mediaBytes("mp4_open_gop.mp4");
+    host::MemorySource source(bytes);
+    SeekFixture opened(source, bytes, "mov");
+    const SeekOracle& oracle = opened.oracle();
+    std::vector<std::thread> threads;
+    for (size_t track : {0, 1}) {
+        threads.emplace_back([&, track,
+                              all = samplesByTime(bytes, "mov", static_cast<int>(track))] {
+            std::mt19937 random(static_cast<unsigned>(track));
+            for (int round = 0; round < 100 * kEffort; ++round) {
+                const int64_t timeUs = random() % 2000000;
+                const auto mode = static_cast<SeekMode>(random() % GetParam());
+                const SeekOracle::Frame* expected = oracle.landing(track, timeUs, mode).frame;
+                for (unsigned reads = random() % 4, i = 0; i <= reads; ++i, ++expected) {
+                    host::ReadResult read = opened.track(track).read(i == 0 ? seekTo(timeUs, mode)
+                                                                            : host::ReadOptions{});
+                    if (read.status == ERROR_END_OF_STREAM) break;
+                    ASSERT_EQ(read.status, OK);
+                    const Sample sample = asSample(read.buffer);
+                    ASSERT_EQ(all.count(sample.timeUs), 1u) << sample.timeUs;
+                    EXPECT_EQ(all.at(sample.timeUs), sample);
+                    if (track > 0 || GetParam() > 3) continue;
+                    EXPECT_EQ(sample.timeUs, oracle.timeUs(track, *expected));
+                }
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+#ifdef ORVEL_SANITIZED
+constexpr int kManySeeks = 2000;
+#else
+constexpr int kManySeeks = 100000;
+#endif
+
+TEST(ManySeeks, leaveNothingBehind) {
+    const ResourceCheck resources;
+    const std::vector<File> files = {{"mp4_open_gop.mp4", "mov"},
+                                     {"mkv_front_cues.mkv", "matroska"},
+                                     {"avi_mpeg4_mp3.avi", "avi"},
+                                     {"mp3_vbr.mp3", "mp3"}};
+    int seeks = 0, failed = 0;
+    for (const File& file : files) {
+        const Bytes bytes = mediaBytes(file.name);
+        host::MemorySource source(bytes);
+        SeekFixture opened(source, bytes, file.demuxer);
+        std::mt19937 random(1);
+        const auto seekAndRead = [&](size_t count) {
+            for (size_t i = 0; i < count; ++i, ++seeks) {
+                const auto mode = static_cast<SeekMode>(random() % 4);
+                const int64_t timeUs = random() % 1900000;
+                // Behind the video's last key frame there may be no audio.
+                const size_t track = random() % opened.trackCount();
+                const status_t status = opened.track(track).read(seekTo(timeUs, mode)).status;
+                failed += status != OK && (track == 0 || status != ERROR_END_OF_STREAM);
+            }
+            for (size_t i = 0; i < opened.trackCount(); ++i)
+                readToEnd(opened.track(i));
+            return mallinfo2().uordblks;
+        };
+        // Freed memory that its thread keeps for itself counts as taken, and indexes fill up.
+        const size_t seeksHere = kManySeeks / files.size();
+        const size_t before = seekAndRead(seeksHere / 5);
+        const size_t after = seekAndRead(seeksHere - seeksHere / 5);
+        EXPECT_LT(after, before + 16 * 1024) << file.name;
+    }
+    EXPECT_EQ(seeks, kManySeeks);
+    EXPECT_EQ(failed, 0);
+}
+
+// Presentation times cost reads of their own: none before the first seek, none after it.
+TEST(LazyTimes, onlyTheFirstSeekReadsBoxes) {
+    for (const char* name : {"mp4_no_b.mp4", "mp4_open_gop.mp4", "mp4_fragmented.mp4"}) {
+        const Bytes bytes = mediaBytes(name);
+        host::MemorySource memory(bytes);
+        host::CountingSource ours(memory, true), theirs(memory, true);
+        const auto taken = [](host::CountingSource& source) {
+            std::vector<std::pair<off64_t, size_t>> reads;
+            for (const auto& read : source.reads())
+                reads.emplace_back(read.offset, read.length);
+            source.reset();
+            return reads;
+        };
+        SwitchSource source(memory, ours);
+        const auto extractor = openSniffedCalmly(source);
+        ASSERT_TRUE(extractor);
+        host::Player player(*extractor);
+        std::vector<SoughtTrack> tracks;
+        seekOrder(*extractor, &tracks);
+        SeekOracle oracle(theirs, "mov", tracks);
+        taken(theirs);
+        const auto readAll = [&] {
+            for (size_t i = 0; i < tracks.size(); ++i)
+                EXPECT_TRUE(sameSamples(readToEnd(*player.track(i)).samples, oracle.readOn(i)));
+        };
+        readAll();
+        // Opening included, on either side.
+        host::CountingSource whole(memory, true);
+        Oracle::read(whole, "mov");
+        EXPECT_EQ(taken(ours), taken(whole));
+        taken(theirs);
+        for (const bool isFirst : {true, false, false}) {
+            for (size_t i = 0; i < tracks.size(); ++i) {
+                EXPECT_EQ(player.track(i)->read(seekTo(1200000, SeekMode::PreviousSync)).status,
+                          OK);
+                oracle.seek(i, 1200000, SeekMode::PreviousSync);
+            }
+            readAll();
+            const auto reads = taken(ours);
+            const auto plain = taken(theirs);
+            EXPECT_EQ(reads != plain, isFirst) << name;
+            EXPECT_GE(reads.size(), plain.size());
+        }
+    }
+}
+
+}  // namespace orvel::test
