@@ -20,6 +20,7 @@ constexpr char kNoMemory[] = "sniff fail: OOM";
 constexpr char kTagsTooLong[] = "id3 tag size is corrupted";
 constexpr char kOpenFailed[] = "avformat open input failed: ";
 constexpr char kNoStreams[] = "sniff: could not find stream information:";
+constexpr char kNoDemuxer[] = "tmpFmt is NULL";
 constexpr char kMainAudio[] = "main audio:";
 constexpr char kSpecialAudio[] = "special audio, mimetype:";
 
@@ -48,7 +49,8 @@ struct Facts {
     bool openFailed = false, noStreams = false;
     std::string errorText;  // FFmpeg's, of the last two
     std::string processName;
-    std::string mainAudio;  // FFmpeg's name, "none", or empty when no line tells
+    std::string mainAudio;       // FFmpeg's name, "none", or empty when no line tells
+    size_t missingDemuxers = 0;  // of enabled containers
     bool isShort = false;
     long got = 0;  // bytes or status, when isShort
     bool hasScore = false;
@@ -80,6 +82,8 @@ void readLine(const std::string& line, Facts* facts) {
         facts->openFailed = true;
     } else if (beginsWith(line, kNoStreams, &facts->errorText)) {
         facts->noStreams = true;
+    } else if (beginsWith(line, kNoDemuxer)) {
+        facts->missingDemuxers++;
     } else if (beginsWith(line, kMainAudio, &facts->mainAudio)) {
     } else if (beginsWith(line, kSpecialAudio)) {
         if (facts->mainAudio.empty()) facts->mainAudio = line.substr(strlen(kSpecialAudio));
@@ -162,6 +166,10 @@ std::string shortReason(const Facts& facts, int64_t fileBytes) {
 }
 
 std::string noFitReason(const Facts& facts) {
+    if (facts.missingDemuxers > 0) {
+        return "no container fits, but this FFmpeg lacks " +
+               countText(facts.missingDemuxers, "demuxer") + " of enabled containers; build it in";
+    }
     if (facts.score <= 0) return "no container fits: the first bytes are of none that is known";
     return "no container fits: the best is " + containerOf(facts) + " with " + scoreText(facts) +
            ", more than " + std::to_string(kLowScore) + " is needed";

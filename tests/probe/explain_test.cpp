@@ -50,6 +50,10 @@ TEST(Explain, verdict_saysWhatDecidedAndWhatToChange) {
              {},
              "declined: no container fits: the best is MP3 with probe score 25, more than 25 is "
              "needed"},
+            {"log 5 tmpFmt is NULL\nlog 4 mime:(null), mediaFlag:0x0, finalScore:0\n" + declined,
+             {},
+             "declined: no container fits, but this FFmpeg lacks 1 demuxer of enabled containers; "
+             "build it in"},
             {"bit 4\n", property("16"),
              "declined: the property enables no container that fits: Matroska is bit 4; "
              "mm.enable.orvel_parser=20 takes it"},
