@@ -61,7 +61,7 @@ uint32_t firstSize(const Bytes& file) {
 
 }  // namespace
 
-TEST(Conversion, bufferThatIsOneByteTooSmallGivesAnEmptySample) {
+TEST(Conversion, bufferThatIsOneByteTooSmallGivesAnEmptySampleUnlessItGrows) {
     for (const std::string file : {"mp4_small.mp4", "mp4_hevc_eac3.mp4", "wav_u8.wav",
                                    "aiff_s16.aiff", "aiff_s24.aiff", "mp3_cbr.mp3"}) {
         SCOPED_TRACE(file);
@@ -71,6 +71,9 @@ TEST(Conversion, bufferThatIsOneByteTooSmallGivesAnEmptySample) {
         const size_t size = sample.data.size();
         Converted fits(bytes, demuxer, size);
         expectFirst(fits, sample, {});
+        Converted grows(bytes, demuxer, 1);
+        grows.group.setMaxBufferSize(SIZE_MAX);
+        expectFirst(grows, sample, {});
 
         const Bytes code = {0, 0, 0, 1};
         const auto unit =
@@ -137,7 +140,7 @@ TEST(Conversion, lengthsOfEveryWidthBecomeStartCodes) {
     }
 }
 
-TEST(Conversion, partOfABigEndianSampleIsCopiedAndHalfASmallOneIsZero) {
+TEST(Conversion, partOfA24BitSampleIsCopiedAndHalfA16BitOneIsZero) {
     for (const auto& [name, width, cut] :
          {std::tuple("aiff_s16.aiff", 2u, 1u), {"aiff_s24.aiff", 3, 1}, {"aiff_s24.aiff", 3, 2}}) {
         const Bytes whole = mediaBytes(name);
