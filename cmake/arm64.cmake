@@ -15,7 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} "${ORVEL_SYSROOT}")
 set(ENV{PKG_CONFIG_LIBDIR}
     "${ORVEL_SYSROOT}/usr/lib/aarch64-linux-gnu/pkgconfig:${ORVEL_SYSROOT}/usr/share/pkgconfig")
-set(CMAKE_CROSSCOMPILING_EMULATOR "qemu-aarch64-static;-L;${ORVEL_SYSROOT}")
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/arm64-run.sh")
 # FFmpeg's own dependencies stand in folders that only the loader of a whole system knows.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--allow-shlib-undefined")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "-Wl,--allow-shlib-undefined")
