@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -64,7 +63,7 @@ void declare(CLI::App& app, Options& options) {
 }
 
 std::string pluginBesideThis() {
-    return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / kPluginFile).string();
+    return (thisProgram().parent_path() / kPluginFile).string();
 }
 
 void showProgress(const std::string& text) {

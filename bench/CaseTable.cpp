@@ -54,7 +54,7 @@ const Case kCases[] = {
      nullptr, pluginCommands, Bound::None, 0},
     {"destroy", "stop and destroy with full caches", Media::Movie,
      bareDestroy, pluginDestroy, Bound::None, 0},
-    {"many", "200 extractors at once: open, 50 pictures each, close", Media::Clip,
+    {"many", "200 extractors at once: open, read by turns, close", Media::Clip,
      bareMany, pluginMany, Bound::None, 0},
 };
 // clang-format on

@@ -1,4 +1,5 @@
 // An extractor that has nothing to do: its commands, its destruction, and many of them at once.
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -16,7 +17,7 @@ namespace {
 constexpr int kCommands = 50;
 constexpr int kDestructions = 5;
 constexpr size_t kMany = 200;
-constexpr int kPicturesEach = 50;
+constexpr uint64_t kSliceSamples = 25;  // of each track, before it is the next one's turn
 
 template <typename Call>
 double microseconds(Call call) {
@@ -96,11 +97,19 @@ void bareMany(Turn& turn) {
     for (size_t i = 0; i < kMany; ++i) {
         demuxers.push_back(std::make_unique<BareDemuxer>(turn.source, turn.media.demuxer));
     }
-    const int video = demuxers.front()->bestStream(AVMEDIA_TYPE_VIDEO);
-    for (int picture = 0; picture < kPicturesEach; ++picture) {
-        for (const auto& demuxer : demuxers)
-            turn.meter.delivered(payload.copy(demuxer->nextOf(video)));
-    }
+    std::vector<BareDemuxer*> reading;
+    for (const auto& demuxer : demuxers)
+        reading.push_back(demuxer.get());
+    const auto hasEnded = [&](BareDemuxer* demuxer) {
+        for (uint64_t i = 0; i < 2 * kSliceSamples; ++i) {
+            const AVPacket* packet = demuxer->next();
+            if (packet == nullptr) return true;
+            turn.meter.delivered(payload.copy(*packet));
+        }
+        return false;
+    };
+    while (!reading.empty())
+        reading.erase(std::remove_if(reading.begin(), reading.end(), hasEnded), reading.end());
     demuxers.clear();
     turn.meter.end();
 }
@@ -118,12 +127,22 @@ void pluginMany(Turn& turn) {
         sessions.push_back(std::make_unique<Session>(turn.plugin, counted, std::move(result)));
     turn.meter.end();
     const double opened = turn.meter.seconds();
+
+    host::Player::Options slice;
+    slice.limitPerTrack = kSliceSamples;
+    const auto play = [&](Session& session) {
+        uint64_t samples = 0;
+        const auto results = session.player().play(slice, [&](size_t, host::Buffer& buffer) {
+            turn.meter.delivered(buffer.size());
+            return true;
+        });
+        for (const auto& result : results)
+            samples += result.samples;
+        return samples > 0;
+    };
     turn.meter.begin();
-    const size_t video = sessions.front()->position("video/");
-    for (int picture = 0; picture < kPicturesEach; ++picture) {
-        for (const auto& session : sessions)
-            turn.meter.delivered(readSample(session->track(video)).size());
-    }
+    for (const auto& session : sessions)
+        play(*session);
     turn.meter.end();
 
     waitUntilIdle(counted);
@@ -132,6 +151,15 @@ void pluginMany(Turn& turn) {
     const double idleCpu = (usage().cpuSeconds - cpuBefore) / 0.2;
     const double resident = static_cast<double>(residentBytes() - residentBefore) / kMiB;
     const auto threads = static_cast<double>(threadCount() - threadsBefore);
+
+    std::vector<Session*> reading;
+    for (const auto& session : sessions)
+        reading.push_back(session.get());
+    const auto hasEnded = [&](Session* session) { return !play(*session); };
+    turn.meter.begin();
+    while (!reading.empty())
+        reading.erase(std::remove_if(reading.begin(), reading.end(), hasEnded), reading.end());
+    turn.meter.end();
     const double before = turn.meter.seconds();
     turn.meter.begin();
     sessions.clear();

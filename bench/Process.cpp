@@ -65,6 +65,10 @@ double loadAverage() {
     return getloadavg(&load, 1) == 1 ? load : 0;
 }
 
+std::filesystem::path thisProgram() {
+    return std::filesystem::read_symlink("/proc/self/exe");
+}
+
 std::string run(const std::vector<std::string>& arguments) {
     const std::string& program = arguments.front();
     int ends[2];

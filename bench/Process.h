@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ uint64_t threadCount();
 
 /** Of the machine over the last minute. */
 double loadAverage();
+
+/** Path of the running executable. */
+std::filesystem::path thisProgram();
 
 /**
  * Runs a program, found by PATH, and waits for its end; stderr and stdin are this process's.

@@ -96,7 +96,7 @@ std::string cost(const CaseResult& result) {
     };
     const auto cpu = [](const SideResult& side) { return 1e3 * side.medianCpuSeconds(); };
     const auto resident = [](const SideResult& side) { return side.medianPeakResident() / kMiB; };
-    return format("%-13s%8llu%17s%15s%17s%17s%13s%18s%17s\n", result.row->name,
+    return format("%-13s%8llu%17s%15s%18s%17s%15s%18s%17s\n", result.row->name,
                   static_cast<unsigned long long>(result.plugin.samples()),
                   both(result, "%.0f", reads).c_str(), both(result, "%.0f", jumps).c_str(),
                   both(result, "%.1f", megabytes).c_str(),
@@ -139,7 +139,7 @@ std::string textReport(const std::vector<CaseResult>& results, const Machine& ma
     }
     text += "What it costs: plug-in / bare loop. Allocations in steady state; a sample is whatever "
             "the case repeats.\n";
-    text += format("%-13s%8s%17s%15s%17s%17s%13s%18s%17s\n", "case", "samples", "source reads",
+    text += format("%-13s%8s%17s%15s%18s%17s%15s%18s%17s\n", "case", "samples", "source reads",
                    "jumps", "MB read", "allocs/smp", "sleeps/smp", "processor ms", "peak MiB");
     text += costs;
     if (!figures.empty()) text += "\n" + figures;

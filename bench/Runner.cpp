@@ -111,7 +111,7 @@ Measure Runner::account(const Case& row, bool plugin) {
 }
 
 Measure Runner::accountInChild(const Case& row, bool plugin) const {
-    return measureFromJson(bench::run({"/proc/self/exe", "--account", row.name, "--side",
+    return measureFromJson(bench::run({thisProgram().string(), "--account", row.name, "--side",
                                        plugin ? "plugin" : "bare", "--media",
                                        mMedia.folder().string(), "--plugin", mPluginPath}));
 }
