@@ -73,8 +73,8 @@ TEST(Verify, everyKindOfDifference_isFoundAndOnlyThat) {
     struct Case {
         const char* name;
         std::function<void(std::vector<Scripted>&)> spoil;
-        std::string more;  // of the script
-        Json differences;
+        std::string more;               // of the script
+        std::vector<Json> differences;  // a list of one would be that one with some compilers
     };
     using Samples = std::vector<Scripted>;
     const auto at = [](const char* what, int sample, Json more) {
@@ -82,7 +82,7 @@ TEST(Verify, everyKindOfDifference_isFoundAndOnlyThat) {
         return more;
     };
     const Case cases[] = {
-            {"same", [](Samples&) {}, "", Json::array()},
+            {"same", [](Samples&) {}, "", {}},
             {"time",
              [](Samples& s) { s[2].timeUs += 1; },
              "",
@@ -138,7 +138,7 @@ TEST(Verify, everyKindOfDifference_isFoundAndOnlyThat) {
         const RunResult run = work.probe({"--verify", "--json", file});
         EXPECT_EQ(run.exitCode, one.differences.empty() ? 0 : 3) << run.err;
         const Json verify = Json::parse(run.out)["verify"];
-        EXPECT_EQ(verify["differences"], one.differences);
+        EXPECT_EQ(verify["differences"], Json(one.differences));
         EXPECT_EQ(verify["reference"].get<std::string>().rfind("libavformat ", 0), 0u);
         const RunResult text = work.probe({"--verify", file});
         EXPECT_NE(text.out.find(one.differences.empty() ? "5 samples compared" : "difference"),
