@@ -40,9 +40,9 @@ class FFmpegExtensions {
     // The "rotate" entry of a stream as a number of degrees, clockwise.
     std::optional<int32_t> rotationDegrees(const AVStream* stream) const;
 
-    // Where the stream's sample entries of type 'tx3g' (3GPP TS 26.245, 5.16) lie in the file: whole
-    // boxes in their order, which the file has room for. Empty without any, and when they cannot be
-    // read.
+    // Where the stream's sample entries of type 'tx3g' (3GPP TS 26.245, 5.16) lie in the file:
+    // whole boxes in their order, which the file has room for. Empty without any, and when they
+    // cannot be read.
     std::vector<ByteRange> timedTextDescriptions(const AVStream* stream);
 
     // Reads them one behind the other into out, which has room for the sum of their sizes; false
