@@ -18,10 +18,10 @@ int64_t asTimestamp(int64_t timeUs, AVRational base) {
     return timestamp != AV_NOPTS_VALUE ? timestamp : timeUs < 0 ? INT64_MIN + 1 : INT64_MAX;
 }
 
-// Times in files are small; the largest of those asked for are not.
-uint64_t distance(int64_t a, int64_t b) {
-    return a < b ? static_cast<uint64_t>(b) - static_cast<uint64_t>(a)
-                 : static_cast<uint64_t>(a) - static_cast<uint64_t>(b);
+// Wider than its arguments: the largest time that is asked for is the largest there is.
+__int128 distance(int64_t a, int64_t b) {
+    const __int128 difference = static_cast<__int128>(a) - b;
+    return difference < 0 ? -difference : difference;
 }
 
 template <typename OnPacket>
@@ -75,8 +75,8 @@ int64_t SeekOracle::timeUs(size_t track, const Frame& frame) const {
 const SeekOracle::Frame& SeekOracle::closest(size_t track, int64_t timestamp) const {
     return *std::min_element(mFrames[track].begin(), mFrames[track].end(),
                              [timestamp](const Frame& a, const Frame& b) {
-                                 const uint64_t awayA = distance(a.time, timestamp);
-                                 const uint64_t awayB = distance(b.time, timestamp);
+                                 const auto awayA = distance(a.time, timestamp);
+                                 const auto awayB = distance(b.time, timestamp);
                                  return awayA != awayB ? awayA < awayB : a.time > b.time;
                              });
 }
