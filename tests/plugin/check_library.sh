@@ -17,7 +17,7 @@ no() { ! "$@"; }
 dynamic=$(readelf -Wd "$library")
 segments=$(readelf -Wl "$library")
 symbols=$(readelf -W --dyn-syms "$library" | awk 'NR > 3 && NF >= 8 && $1 ~ /:$/')
-exported=$(echo "$symbols" | awk '$7 != "UND" { print $8 }')
+exported=$(echo "$symbols" | awk '$7 != "UND" && $5 != "LOCAL" { print $8 }')
 imported=$(echo "$symbols" | awk '$7 == "UND" { print $8 }')
 has() { echo "$1" | grep -Eq "$2"; }
 
