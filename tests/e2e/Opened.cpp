@@ -3,6 +3,7 @@
 #include <cutils/properties.h>
 #include <media/stagefright/MediaErrors.h>
 #include <media/stagefright/foundation/MediaDefs.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -17,9 +18,23 @@ namespace {
 constexpr char kMaskProperty[] = "mm.enable.orvel_parser";
 constexpr char kEverything[] = "32767";
 
+constexpr char kThreads[] = "/proc/self/task";
+constexpr char kDescriptors[] = "/proc/self/fd";
+
 size_t entriesOf(const char* folder) {
     const std::filesystem::directory_iterator entries(folder);
     return static_cast<size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// The threads of a process that has loaded the plug-in and has had a thread before: the thread
+// sanitizer starts one of its own beside the first.
+size_t settledThreads() {
+    plugin();
+    std::filesystem::path first;
+    std::thread([&] { first = std::string(kThreads) + "/" + std::to_string(gettid()); }).join();
+    while (std::filesystem::exists(first))
+        std::this_thread::yield();
+    return entriesOf(kThreads);
 }
 
 }  // namespace
@@ -130,17 +145,16 @@ void expectOracle(const std::vector<TrackRead>& reads, const MediaFile& file,
 }
 
 ResourceCheck::ResourceCheck()
-    : mThreads((plugin(), entriesOf("/proc/self/task"))),
-      mDescriptors(entriesOf("/proc/self/fd")) {}
+    : mThreads(settledThreads()), mDescriptors(entriesOf(kDescriptors)) {}
 
 ResourceCheck::~ResourceCheck() {
     // A looper whose last reference went on its own thread ends by itself, a moment later.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (entriesOf("/proc/self/task") > mThreads && std::chrono::steady_clock::now() < deadline) {
+    while (entriesOf(kThreads) > mThreads && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    EXPECT_LE(entriesOf("/proc/self/task"), mThreads);
-    EXPECT_EQ(entriesOf("/proc/self/fd"), mDescriptors);
+    EXPECT_LE(entriesOf(kThreads), mThreads);
+    EXPECT_EQ(entriesOf(kDescriptors), mDescriptors);
 }
 
 }  // namespace orvel::test
