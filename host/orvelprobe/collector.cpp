@@ -1,5 +1,6 @@
 #include "collector.h"
 
+#include <media/stagefright/MediaErrors.h>
 #include <standin/looper_control.h>
 #include <strings.h>
 #include <sys/stat.h>
@@ -11,17 +12,16 @@
 #include <vector>
 
 #include "extract.h"
-#include "framework/FaultSource.h"
 #include "framework/FileSource.h"
 #include "framework/Player.h"
 #include "framework/Plugin.h"
-#include "framework/SourceDecorators.h"
 #include "log_capture.h"
 #include "md5.h"
 #include "plugin_path.h"
 #include "second_sniff.h"
 #include "sniff_reason.h"
 #include "sniff_trace.h"
+#include "source.h"
 #include "text.h"
 #include "verifier.h"
 #include "verify_output.h"
@@ -31,46 +31,6 @@ namespace {
 
 constexpr size_t kMaxNotes = 6;
 constexpr uint64_t kSamplesAfterSeek = 1;  // unless --limit says otherwise
-
-// The file and what is put in front of it. Short reads stand in front of the fault, so that only
-// those which touch the bad byte fail.
-class Source {
-  public:
-    Source(const std::string& path, const SourceOptions& options) {
-        add(std::make_unique<host::FileSource>(path));
-        if (options.errorAt >= 0) {
-            host::Fault fault;
-            fault.atOffset = options.errorAt;
-            add(std::make_unique<host::FaultSource>(top(), fault));
-        }
-        if (options.shortBytes > 0) {
-            add(std::make_unique<host::ShortReadSource>(top(), options.shortBytes));
-        }
-        if (options.latencyUs > 0) {
-            add(std::make_unique<host::DelaySource>(top(),
-                                                    std::chrono::microseconds(options.latencyUs)));
-        }
-        if (options.unknownSize) add(std::make_unique<host::UnknownSizeSource>(top()));
-    }
-    ~Source() {
-        while (!mLayers.empty())
-            mLayers.pop_back();
-    }
-    // Puts `trace` in front, once; it sees what the plug-in sees.
-    host::DataSource& traced(SniffTrace& trace) {
-        add(std::make_unique<TracedSource>(top(), trace));
-        return top();
-    }
-    int64_t fileBytes() {
-        off64_t size = -1;
-        return mLayers.front()->getSize(&size) == android::OK ? size : -1;
-    }
-    host::DataSource& top() { return *mLayers.back(); }
-
-  private:
-    void add(std::unique_ptr<host::DataSource> layer) { mLayers.push_back(std::move(layer)); }
-    std::vector<std::unique_ptr<host::DataSource>> mLayers;
-};
 
 std::string tracksText(size_t count) {
     if (count == 0) return "it has no tracks";

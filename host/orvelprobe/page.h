@@ -29,11 +29,13 @@ class Page {
         const size_t pad = label.size() < kLabelColumns ? kLabelColumns - label.size() : 1;
         line("  " + paint(Colour::Dim, label) + std::string(pad, ' ') + text);
     }
-    // Untrusted text, cut to the page unless everything was asked for.
-    std::string foreign(const std::string& text, size_t taken = kLabelColumns + 2) const {
-        const size_t room = mStyle.width > taken + 20 ? mStyle.width - taken - 3 : 20;
-        return printable(text, mStyle.allKeys ? 0 : room);
+    // Characters of untrusted text that fit behind `taken` columns; 0: all, everything was asked
+    // for.
+    size_t foreignRoom(size_t taken = kLabelColumns + 2) const {
+        if (mStyle.allKeys) return 0;
+        return mStyle.width > taken + 20 ? mStyle.width - taken - 3 : 20;
     }
+    std::string foreign(const std::string& text) const { return printable(text, foreignRoom()); }
     FILE* out() const { return mOut; }
     bool allKeys() const { return mStyle.allKeys; }
 

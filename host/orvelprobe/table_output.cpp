@@ -6,23 +6,22 @@
 #include <string_view>
 
 #include "page.h"
+#include "summary.h"
 #include "text.h"
 
 namespace orvel::probe {
 namespace {
 
-struct ResultName {
-    const char* row;
+struct ResultStyle {
     const char* summary;
     Colour colour;
 };
-constexpr ResultName kResults[] = {
-        {"taken", "taken", Colour::Good},          {"declined", "declined", Colour::Warn},
-        {"unreadable", "unreadable", Colour::Bad}, {"differs", "with differences", Colour::Bad},
-        {"failed", "failed", Colour::Bad},         {"crashed", "crashed", Colour::Bad},
-        {"timed out", "timed out", Colour::Bad},
+constexpr ResultStyle kResults[] = {
+        {"taken", Colour::Good},           {"declined", Colour::Warn}, {"unreadable", Colour::Bad},
+        {"with differences", Colour::Bad}, {"failed", Colour::Bad},    {"crashed", Colour::Bad},
+        {"timed out", Colour::Bad},
 };
-static_assert(std::size(kResults) == static_cast<size_t>(Result::TimedOut) + 1);
+static_assert(std::size(kResults) == kResultCount);
 
 constexpr size_t kResultColumns = 12;
 constexpr size_t kContainerColumns = 11;
@@ -55,24 +54,15 @@ std::string shortMime(const std::string& mime) {
     return printable(rest);
 }
 
-Result resultOf(const Report& report) {
-    if (!report.opened) return Result::Unreadable;
-    if (report.exitCode == kExitDeclined) return Result::Declined;
-    if (report.verify && !report.verify->differences.empty()) return Result::Differs;
-    return report.exitCode == kExitFine ? Result::Taken : Result::Failed;
-}
-
 std::string columnsOf(const Report& report) {
     if (!report.taken) return "";
     std::string container = report.format.text(host::kKeyMime), tracks;
-    int64_t durationUs = -1;
+    const int64_t longestUs = durationUs(report);
     uint64_t samples = 0, bytes = 0;
     bool wasRead = false;
     for (const TrackReport& track : report.tracks) {
         const std::string own = track.format.text("file-format");
         if (!own.empty()) container = own;
-        const auto* value = track.format.find<int64_t>(host::kKeyDurationUs);
-        if (value) durationUs = std::max(durationUs, *value);
         tracks += (tracks.empty() ? "" : "+") + shortMime(track.format.text(host::kKeyMime));
         if (!track.read) continue;
         wasRead = true;
@@ -81,19 +71,13 @@ std::string columnsOf(const Report& report) {
     }
     std::string text =
             padded(container.empty() ? "unknown" : shortMime(container), kContainerColumns) +
-            padded(durationUs < 0 ? "-" : durationText(durationUs), kDurationColumns) +
+            padded(longestUs < 0 ? "-" : durationText(longestUs), kDurationColumns) +
             padded(tracks.empty() ? "no tracks" : tracks, kTracksColumns);
     if (wasRead) {
         text += padded(std::to_string(samples), kReadColumns / 2) +
                 padded(sizeText(bytes), kReadColumns / 2 + 2);
     }
     return text;
-}
-
-std::string remarkOf(const Report& report) {
-    if (!report.error.empty()) return report.error;
-    if (!report.taken) return report.reason;
-    return "";
 }
 
 }  // namespace
@@ -127,13 +111,14 @@ void Table::writeRow(const std::string& file, const TableRow& row) {
                         "FILE"));
     }
     mCounts[static_cast<size_t>(row.result)]++;
-    const ResultName& name = kResults[static_cast<size_t>(row.result)];
     const size_t width = kContainerColumns + kDurationColumns + kTracksColumns + readColumns;
     std::string columns = row.columns.empty() ? padded("-", kContainerColumns) : row.columns;
     columns.resize(std::max(columns.size(), width), ' ');
     std::string text = printable(file);
     if (!row.remark.empty()) text += ": " + row.remark;
-    page.line(page.paint(name.colour, padded(name.row, kResultColumns)) + columns + text);
+    page.line(page.paint(kResults[static_cast<size_t>(row.result)].colour,
+                         padded(resultName(row.result), kResultColumns)) +
+              columns + text);
 }
 
 void Table::writeSummary(uint64_t samples, uint64_t bytes, double seconds) const {

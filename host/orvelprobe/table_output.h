@@ -8,12 +8,10 @@
 #include <string>
 
 #include "report.h"
+#include "result.h"
 #include "text_output.h"
 
 namespace orvel::probe {
-
-// What became of a file.
-enum class Result { Taken, Declined, Unreadable, Differs, Failed, Crashed, TimedOut };
 
 // A line of the table; all texts are fit for a terminal.
 struct TableRow {
@@ -41,7 +39,7 @@ class Table {
     const TextStyle& mStyle;
     const bool mShowsRead;
     FILE* const mOut;
-    std::array<size_t, 7> mCounts{};
+    std::array<size_t, kResultCount> mCounts{};
     size_t mRows = 0;
 };
 

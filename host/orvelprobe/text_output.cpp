@@ -1,16 +1,16 @@
 #include "text_output.h"
 
+#include <media/stagefright/MediaErrors.h>
 #include <utils/Errors.h>
 
-#include <media/stagefright/MediaErrors.h>
 #include <algorithm>
 #include <cinttypes>
 #include <string>
-#include <type_traits>
 
 #include "explain_output.h"
 #include "options.h"
 #include "page.h"
+#include "summary.h"
 #include "text.h"
 #include "track_line.h"
 #include "verify_output.h"
@@ -20,51 +20,8 @@ namespace {
 
 constexpr size_t kHexBytesShown = 24;
 
-// File-level keys in the order of the page. What is not here shows up with --keys.
-struct Tag {
-    const char* key;
-    const char* label;
-};
-constexpr Tag kTags[] = {
-        {"title", "title"},
-        {"artist", "artist"},
-        {"album", "album"},
-        {"albumartist", "by"},
-        {"author", "author"},
-        {"composer", "composer"},
-        {"lyricist", "lyricist"},
-        {"genre", "genre"},
-        {"year", "year"},
-        {"date", "date"},
-        {"cdtracknum", "track no."},
-        {"discnum", "disc no."},
-        {"compilation", "compilation"},
-        {"location", "location"},
-        {"manufacturer", "made by"},
-};
-
-std::string valueText(const Page& page, const host::FormatValue& value) {
-    return std::visit(
-            [&page](const auto& held) -> std::string {
-                using Held = std::decay_t<decltype(held)>;
-                if constexpr (std::is_same_v<Held, std::string>) {
-                    return "\"" + page.foreign(held) + "\"";
-                } else if constexpr (std::is_same_v<Held, host::FormatBytes>) {
-                    const size_t shown = std::min(held.size(), kHexBytesShown);
-                    return sizeText(held.size()) + "  " + hexText(held.data(), shown) +
-                           (shown < held.size() ? "..." : "");
-                } else if constexpr (std::is_same_v<Held, host::FormatRect>) {
-                    return std::to_string(held[0]) + " " + std::to_string(held[1]) + " " +
-                           std::to_string(held[2]) + " " + std::to_string(held[3]);
-                } else if constexpr (std::is_floating_point_v<Held>) {
-                    char text[32];
-                    snprintf(text, sizeof(text), "%g", static_cast<double>(held));
-                    return text;
-                } else {
-                    return std::to_string(held);
-                }
-            },
-            value);
+std::string shownValue(const Page& page, const host::FormatValue& value) {
+    return valueText(value, page.foreignRoom(), kHexBytesShown);
 }
 
 void writeKeys(const Page& page, const char* title, const FormatReport& format) {
@@ -75,7 +32,7 @@ void writeKeys(const Page& page, const char* title, const FormatReport& format) 
     }
     for (const host::FormatEntry& entry : format.entries) {
         page.line("    " + printable(entry.key) + std::string(widest - entry.key.size() + 2, ' ') +
-                  valueText(page, entry.value));
+                  shownValue(page, entry.value));
     }
 }
 
@@ -85,27 +42,16 @@ void writeTags(const Page& page, const Report& report) {
         if (text) page.row(tag.label, page.foreign(*text));
     }
     if (const auto* rate = report.format.find<float>("capture-rate")) {
-        page.row("captured", valueText(page, *rate) + " fps");
+        page.row("captured", shownValue(page, *rate) + " fps");
     }
     if (const auto* cover = report.format.find<host::FormatBytes>("albumart")) {
         page.row("cover art", std::string(pictureKind(*cover)) + ", " + sizeText(cover->size()));
     }
 }
 
-std::string endText(const Page& page, const ReadReport& read) {
-    if (read.end == android::ERROR_END_OF_STREAM) return "end of stream";
-    if (read.end == android::OK) return "stopped at the limit";
-    return page.paint(Colour::Bad, statusText(read.end));
-}
-
-std::string readText(const Page& page, const ReadReport& read) {
-    std::string text = countText(read.count, "sample");
-    if (read.count > 0) {
-        if (read.syncCount < read.count) text += " (" + countText(read.syncCount, "key") + ")";
-        text += ", " + sizeText(read.bytes) + ", " + secondsText(read.firstUs) + " to " +
-                secondsText(read.lastUs);
-    }
-    return text + ", " + endText(page, read);
+std::string readLine(const Page& page, const ReadReport& read) {
+    const std::string end = endText(read);
+    return readText(read) + ", " + (endedWell(read) ? end : page.paint(Colour::Bad, end));
 }
 
 void writeTracks(const Page& page, const Report& report) {
@@ -121,19 +67,10 @@ void writeTracks(const Page& page, const Report& report) {
         page.row("track " + std::to_string(track.index),
                  page.paint(Colour::Bold, printable(mime)) +
                          std::string(widest - mime.size() + 2, ' ') + trackLine(track.format));
-        if (track.read) page.row("", readText(page, *track.read));
+        if (track.read) page.row("", readLine(page, *track.read));
     }
-    if (report.readSeconds <= 0) return;
-    uint64_t samples = 0, bytes = 0;
-    for (const TrackReport& track : report.tracks) {
-        samples += track.read->count;
-        bytes += track.read->bytes;
-    }
-    const double seconds = report.readSeconds;
-    char rate[64];
-    snprintf(rate, sizeof(rate), seconds < 1 ? " in %.1f ms (%.0f MB/s)" : " in %.2f s (%.0f MB/s)",
-             seconds < 1 ? seconds * 1000 : seconds, static_cast<double>(bytes) / 1e6 / seconds);
-    page.row("read", countText(samples, "sample") + ", " + sizeText(bytes) + rate);
+    const std::string whole = wholeReadText(report);
+    if (!whole.empty()) page.row("read", whole);
 }
 
 void writeSamples(const Page& page, const Report& report) {
@@ -189,22 +126,7 @@ void writeTaken(const Page& page, const Report& report) {
     snprintf(confidence, sizeof(confidence), "%.2f", static_cast<double>(report.confidence));
     page.row("taken", page.paint(Colour::Good, "by " + printable(report.extractor)) +
                               ", confidence " + confidence);
-    int64_t durationUs = -1;
-    for (const TrackReport& track : report.tracks) {
-        const auto* value = track.format.find<int64_t>(host::kKeyDurationUs);
-        if (value) durationUs = std::max(durationUs, *value);
-    }
-    const std::string mime = report.format.text(host::kKeyMime);
-    std::string container = mime.empty() ? "unknown" : printable(mime);
-    // An audio-only file in a video container has its codec under "mime"; the tracks know better.
-    for (const TrackReport& track : report.tracks) {
-        const std::string own = track.format.text("file-format");
-        if (own.empty() || own == mime) continue;
-        container = printable(own) + " (shown as " + container + ")";
-        break;
-    }
-    if (durationUs >= 0) container += ", " + durationText(durationUs);
-    page.row("container", container);
+    page.row("container", containerText(report));
     writeTags(page, report);
     writeTracks(page, report);
     if (page.allKeys()) {
