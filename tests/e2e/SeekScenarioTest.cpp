@@ -50,34 +50,48 @@ TEST(SeekDecision, movesTheDemultiplexerNoMoreOftenThanItMust) {
         int mode;
         Lines lines;
     } rows[] = {
-            {500000, 0, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
-            {500000, 1, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:1"}},
-            {500000, 2, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:2"}},
+            {500000, 0, {"I [0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
+            {500000, 1, {"I [0] (codec_type:0) will seekTo 500000 us, seekmode:1"}},
+            {500000,
+             2,
+             {"I [0] (codec_type:0) will seekTo 500000 us, seekmode:2",
+              "I prevIframePts:6144, nextIFramePts:12288, request pts:6400, seek flags:1"}},
+            {720000,
+             2,
+             {"I [0] (codec_type:0) will seekTo 720000 us, seekmode:2",
+              "I prevIframePts:6144, nextIFramePts:12288, request pts:9216, seek flags:0"}},
+            {1990000,
+             2,
+             {"I [0] (codec_type:0) will seekTo 1990000 us, seekmode:2",
+              "W seek index out of range, seek backward"}},
+            {1990000,
+             1,
+             {"I [0] (codec_type:0) will seekTo 1990000 us, seekmode:1",
+              "E av_seek_frame error:Operation not permitted when using flags:0, using "
+              "flags:1 to seek again"}},
             {500000,
              3,
-             {"[0] (codec_type:0) will seekTo 500000 us, seekmode:3",
-              "[1] (codec_type:1) will seekTo 500000 us, seekmode:3"}},
-            {2000000, 0, {"[0] (codec_type:0) will seekTo 2000000 us, seekmode:0"}},
+             {"I [0] (codec_type:0) will seekTo 500000 us, seekmode:3",
+              "I [1] (codec_type:1) will seekTo 500000 us, seekmode:3"}},
+            {2000000, 0, {"I [0] (codec_type:0) will seekTo 2000000 us, seekmode:0"}},
             {2010000,
              0,
-             {"[video 0] seekTimeUs:2010000 us exceeds duration:2000000 us",
-              "[1] (codec_type:1) will seekTo 2010000 us, seekmode:0"}},
+             {"W [video 0] seekTimeUs:2010000 us exceeds duration:2000000 us",
+              "I [1] (codec_type:1) will seekTo 2010000 us, seekmode:0"}},
             {3000000,
              3,
-             {"[video 0] seekTimeUs:3000000 us exceeds duration:2000000 us",
-              "[audio 1] seekTimeUs:3000000 us exceeds duration:2016000 us"}},
-            {500000, 0, {"[0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
+             {"W [video 0] seekTimeUs:3000000 us exceeds duration:2000000 us",
+              "W [audio 1] seekTimeUs:3000000 us exceeds duration:2016000 us"}},
+            {500000, 0, {"I [0] (codec_type:0) will seekTo 500000 us, seekmode:0"}},
     };
     for (const auto& row : rows) {
         LogCapture log;
         opened.seek(row.timeUs, static_cast<SeekMode>(row.mode), 0);
         Lines decisions;
         for (const std::string& line : log.take("FFmpegReader")) {
-            const bool moves = line.find("will seekTo") != line.npos;
-            if (!moves && line.find("exceeds") == line.npos) continue;
-            const std::string head = moves ? "I FFmpegReader: " : "W FFmpegReader: ";
-            EXPECT_EQ(line.substr(0, head.size()), head);
-            decisions.push_back(line.substr(head.size()));
+            // The read-ahead may come to the end of the file meanwhile.
+            if (line[0] == 'D' || line.find("reach end of file") != line.npos) continue;
+            decisions.push_back(line.substr(0, 2) + line.substr(line.find(": ") + 2));
         }
         EXPECT_EQ(decisions, row.lines);
     }
