@@ -369,7 +369,9 @@ void AMessage::deliver() {
 }
 
 void AMessage::drop() {
-    mReplyToken.clear();
+    // Only a message that is in a queue once has a token. One that is posted again and again may be
+    // dropped by two threads at a time, which then must not write to it.
+    if (mReplyToken != nullptr) mReplyToken.clear();
 }
 
 AReplyToken::AReplyToken(const sp<LooperCore>& core, uint64_t waiterId)

@@ -337,6 +337,25 @@ TEST_F(LooperTest, LastReferenceRacingWithDelivery_IsSafeOnEitherThread) {
     EXPECT_EQ(alive.load(), 0);
 }
 
+// One message in the queue several times, as a request that is posted again and again: while the
+// looper's thread drops it because its handler is gone, stop() drops the copies behind it.
+TEST_F(LooperTest, MessagePostedSeveralTimes_IsDroppedByTwoThreads) {
+    for (int i = 0; i < 200; ++i) {
+        sp<ALooper> other = new ALooper;
+        sp<Handler> gone = new Handler([](const sp<AMessage>&) {});
+        other->registerHandler(gone);
+        sp<AMessage> request = new AMessage(1, gone);
+        for (int copies = 0; copies < 50; ++copies)
+            EXPECT_EQ(request->post(), OK);
+        gone.clear();
+        other->start();
+        while (i % 2 == 1 && request->getStrongCount() > 40)
+            std::this_thread::yield();
+        EXPECT_EQ(other->stop(), OK);
+        EXPECT_EQ(request->getStrongCount(), 1);
+    }
+}
+
 TEST_F(LooperTest, Thread_HasTheNameThatFits) {
     char name[32] = "";
     handler->function = [&](const sp<AMessage>& message) {
