@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <map>
 #include <optional>
 #include <vector>
@@ -53,6 +54,8 @@ class Collector::Session {
 
   private:
     bool sniffAndCreate();
+    bool create(host::SniffResult result);
+    bool reopen();
     void explain();
     void describe();
     void writeCover();
@@ -63,6 +66,7 @@ class Collector::Session {
     void closeWriters();
     void noteReadEnd(const TrackReport& track, bool started);
     void count(size_t track, const host::Buffer& buffer, int64_t timeUs);
+    void plot(TrackReport& track, const host::Buffer& buffer, int64_t timeUs);
     Sample toSample(const host::Buffer& buffer);
     TrackReport& trackReport(size_t index);
     std::vector<size_t> selected() const;
@@ -78,6 +82,7 @@ class Collector::Session {
     std::optional<Source> mSource;
     std::optional<host::Extractor> mExtractor;
     std::optional<host::Player> mPlayer;
+    uint64_t mBytesRead = 0;  // of samples, in the read
     std::map<size_t, std::unique_ptr<SampleWriter>> mWriters;
     std::optional<Verifier> mVerifier;
 };
@@ -123,11 +128,8 @@ void Collector::Session::run(const std::function<void(const Report&)>& beforeRea
         describe();
         if (!mOptions.coverPath.empty()) writeCover();
         if (mOptions.read || !mOptions.seeks.empty()) beforeReading(mReport);
-        if (!mOptions.seeks.empty()) {
-            seek();
-        } else if (mOptions.read) {
-            read();
-        }
+        if (!mOptions.seeks.empty()) seek();
+        if (mOptions.seeks.empty() ? mOptions.read : mOptions.plots() && reopen()) read();
         mReport.notes = mLog.warnings(kMaxNotes);
     }
 }
@@ -144,13 +146,31 @@ bool Collector::Session::sniffAndCreate() {
         return false;
     }
     mReport.confidence = result.confidence();
+    return create(std::move(result));
+}
+
+bool Collector::Session::create(host::SniffResult result) {
     mState.step = Step::Create;
+    mSource->coverage().reset();
     mExtractor = mPlugin->create(mSource->top(), std::move(result));
     if (!mExtractor) {
         mReport.fail(kExitFailed, "the plug-in took the file, but made no extractor for it");
         return false;
     }
     return true;
+}
+
+// What the seeks did to the extractor, and the read would do to the seeks, is kept apart.
+bool Collector::Session::reopen() {
+    mPlayer.reset();
+    mExtractor.reset();
+    mState.step = Step::Sniff;
+    host::SniffResult result = mPlugin->sniff(mSource->top());
+    if (!result.taken()) {
+        mReport.fail(kExitFailed, "the plug-in declined the file when it was opened again");
+        return false;
+    }
+    return create(std::move(result));
 }
 
 void Collector::Session::explain() {
@@ -236,6 +256,14 @@ void Collector::Session::count(size_t track, const host::Buffer& buffer, int64_t
     mState.samples.fetch_add(1, std::memory_order_relaxed);
 }
 
+void Collector::Session::plot(TrackReport& track, const host::Buffer& buffer, int64_t timeUs) {
+    constexpr size_t kMaxBytes = std::numeric_limits<uint32_t>::max();
+    track.plot.push_back({timeUs, static_cast<uint32_t>(std::min(buffer.size(), kMaxBytes)),
+                          buffer.isSync().value_or(false)});
+    mBytesRead += buffer.size();
+    mReport.sourceAhead.push_back(static_cast<int64_t>(mSource->coverage().bytes() - mBytesRead));
+}
+
 void Collector::Session::openWriters() {
     for (const auto& [index, path] : mOptions.extract) {
         const auto track =
@@ -282,7 +310,8 @@ void Collector::Session::read() {
         track.read.emplace();
 
     host::Player::Options how;
-    if (mOptions.limit > 0) how.limitPerTrack = mOptions.limit;
+    // With seeks, it is about the samples after each of them.
+    if (mOptions.limit > 0 && mOptions.seeks.empty()) how.limitPerTrack = mOptions.limit;
     const auto onSample = [this](size_t index, const host::Buffer& buffer) {
         TrackReport& track = trackReport(index);
         ReadReport& read = *track.read;
@@ -293,6 +322,7 @@ void Collector::Session::read() {
         read.bytes += buffer.size();
         if (buffer.isSync().value_or(false)) read.syncCount++;
         if (mOptions.samples) track.samples.push_back(toSample(buffer));
+        if (mOptions.plots()) plot(track, buffer, timeUs);
         count(index, buffer, timeUs);
         if (mVerifier)
             mVerifier->sample(static_cast<size_t>(&track - mReport.tracks.data()), buffer);

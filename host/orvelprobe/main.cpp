@@ -12,10 +12,12 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "collector.h"
 #include "file_list.h"
+#include "html_page.h"
 #include "json_output.h"
 #include "options.h"
 #include "plugin_path.h"
@@ -28,8 +30,10 @@
 namespace orvel::probe {
 namespace {
 
-// Between a page that may be replaced and the one that replaces it; no page holds this byte.
+// Between what may be replaced and what replaces it, and in front of the part of either that
+// belongs on the page of --html; no output holds these bytes.
 constexpr char kPageEnd = '\0';
+constexpr char kHtmlBegin = '\x1e';
 
 TextStyle terminalStyle(const Options& options) {
     TextStyle style;
@@ -41,6 +45,17 @@ TextStyle terminalStyle(const Options& options) {
     winsize size{};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) style.width = size.ws_col;
     return style;
+}
+
+Result brokenResult(Outcome::How how) {
+    switch (how) {
+        case Outcome::How::Crashed:
+            return Result::Crashed;
+        case Outcome::How::TimedOut:
+            return Result::TimedOut;
+        default:
+            return Result::Failed;
+    }
 }
 
 std::string endingText(const Outcome& outcome, double timeoutSeconds) {
@@ -81,6 +96,11 @@ class Command {
             fputs("orvelprobe: --extract and --cover need exactly one FILE\n", stderr);
             return kExitUsage;
         }
+        if (mOptions.plots()) {
+            mHtml.emplace(mOptions.htmlPath, mFiles);
+            for (const std::string& error : list.errors)
+                mHtml->addError(error);
+        }
         const bool many = mFiles.size() > 1 || list.hasFolder;
         mAsTable = mOptions.table ||
                    (many && !mOptions.pages && !mOptions.json && !mOptions.needsPage());
@@ -98,6 +118,7 @@ class Command {
         mProgress.clear();
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
         if (mAsTable && !mStopped) mTable.writeSummary(mSamples, mBytes, passed.count());
+        if (mHtml && !mStopped) saveHtml();
         return mExitCode;
     }
 
@@ -111,6 +132,20 @@ class Command {
             writeText(report, mStyle, out);
         }
     }
+    void writeHtml(const Report& report, FILE* out) const {
+        if (!mHtml) return;
+        const std::string section = makeHtmlSection(report, mFiles.size()).toText();
+        fputc(kHtmlBegin, out);
+        fwrite(section.data(), 1, section.size(), out);
+    }
+    void saveHtml() {
+        try {
+            mHtml->save();
+        } catch (const std::exception& error) {
+            fprintf(stderr, "orvelprobe: %s\n", error.what());
+            mExitCode = std::max<int>(mExitCode, kExitUsage);
+        }
+    }
 
     int inChild(size_t index, ChildState& state, FILE* out) const {
         for (const auto& [key, value] : mOptions.properties) {
@@ -120,13 +155,14 @@ class Command {
         Collector collector(mOptions, state);
         const Report& report = collector.run(mFiles[index], [this, out](const Report& soFar) {
             // A page to fall back on; a machine wants one object or the error.
-            if (mOptions.json) return;
-            write(soFar, out);
+            if (!mOptions.json) write(soFar, out);
+            writeHtml(soFar, out);
             fputc(kPageEnd, out);
             fflush(out);
         });
         state.step = Step::Output;
         write(report, out);
+        writeHtml(report, out);
         state.setError(report.error);
         state.outputDone = fclose(out) == 0;
         state.step = Step::Close;
@@ -150,17 +186,25 @@ class Command {
         } else if (fallback != std::string::npos) {
             page = outcome.output.substr(0, fallback);
         }
+        HtmlSection section;
+        if (const size_t html = page.find(kHtmlBegin); html != std::string::npos) {
+            section = HtmlSection::fromText(page.substr(html + 1));
+            page.resize(html);
+        }
         std::string error = outcome.error;
         int exitCode = outcome.exitCode;
         if (outcome.how != Outcome::How::Finished) {
             const std::string ending = endingText(outcome, mOptions.timeoutSeconds);
             error = error.empty() ? ending : error + "; " + ending;
             exitCode = kExitFailed;
+            section.result = brokenResult(outcome.how);
+            section.remark = printable(error);
             if (!mAsTable) writeBroken(index, page, ending);
         } else if (!mAsTable) {
             fputs(page.c_str(), stdout);
         }
         if (mAsTable) writeRow(index, page, outcome, error);
+        if (mHtml) mHtml->add(mFiles[index], section);
         mExitCode = std::max(mExitCode, exitCode);
         if (outcome.how == Outcome::How::Finished && mFiles.size() - index > 3) preload();
         if (fflush(stdout) != 0) {
@@ -197,9 +241,7 @@ class Command {
                   const std::string& error) {
         TableRow row = TableRow::fromText(page);
         if (outcome.how != Outcome::How::Finished) {
-            row.result = outcome.how == Outcome::How::Crashed    ? Result::Crashed
-                         : outcome.how == Outcome::How::TimedOut ? Result::TimedOut
-                                                                 : Result::Failed;
+            row.result = brokenResult(outcome.how);
             row.remark = printable(error);
         }
         mTable.writeRow(mFiles[index], row);
@@ -225,6 +267,7 @@ class Command {
     const TextStyle mStyle;
     Table mTable;
     ProgressLine mProgress;
+    std::optional<HtmlPage> mHtml;
     std::vector<std::string> mFiles;
     int mExitCode = kExitFine;
     bool mPreloaded = false;

@@ -162,7 +162,7 @@ void complete(Options* options) {
     if (options->table && options->needsPage()) {
         reject("a table has no room for --keys, --samples, --seek and --explain; use --pages");
     }
-    if (options->samples || options->verify) options->read = true;
+    if (options->samples || options->verify || !options->htmlPath.empty()) options->read = true;
     if (!options->extract.empty() && !options->read) {
         // Only what is written out has to be read, unless a track was asked for as well.
         for (const auto& [track, path] : options->extract)
@@ -243,7 +243,8 @@ int parseOptions(int argc, char** argv, Options* options) {
                     ""));
     option("--seek", seeks, "TIME[:MODE]",
            "Seek all tracks, show where each lands (repeatable); TIME\n"
-           "is 12.5 (seconds) or 12500000us. Nothing else is read");
+           "is 12.5 (seconds) or 12500000us. Nothing else is read,\n"
+           "except for --html");
     flag("--verify", options->verify,
          "Read with plain libavformat too and show every\n"
          "difference in time, size, key flag and payload");
@@ -264,6 +265,10 @@ int parseOptions(int argc, char** argv, Options* options) {
            "AVC/HEVC with start codes, PCM as WAV, AAC as ADTS,\n"
            "VP8/VP9 as IVF, others as a plain stream");
     option("--cover", options->coverPath, "PATH", "Write the album art");
+    option("--html", options->htmlPath, "PATH",
+           "Write a self-contained page for browsers: tracks, keys,\n"
+           "plots of sizes, key frames, bitrate, times, cache and\n"
+           "seeks (implies --read)");
     group = "Plug-in and source";
     option("--plugin", options->pluginPath, "PATH", "Another plug-in library");
     option("--property", properties, "KEY=VALUE",

@@ -40,6 +40,7 @@ struct Options {
     std::vector<SeekRequest> seeks;
     std::map<size_t, std::string> extract;
     std::string coverPath;
+    std::string htmlPath;
     std::vector<std::pair<std::string, std::string>> properties;  // applied in order
     SourceOptions source;
     std::string pluginPath;  // empty: the default places
@@ -49,6 +50,8 @@ struct Options {
 
     Options();
     bool wants(size_t track) const;
+    // Every sample is noted down for a plot.
+    bool plots() const { return !htmlPath.empty(); }
     // Something is asked for that a line of a table cannot show.
     bool needsPage() const;
     // The value of mm.enable.orvel_parser that the plug-in will see.

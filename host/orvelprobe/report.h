@@ -48,6 +48,13 @@ struct Sample {
     std::optional<int64_t> targetTimeUs;
 };
 
+// A sample as a plot needs it; there may be millions.
+struct PlotSample {
+    int64_t timeUs = 0;
+    uint32_t bytes = 0;
+    bool sync = false;
+};
+
 // What reading one track gave.
 struct ReadReport {
     uint64_t count = 0;
@@ -62,7 +69,8 @@ struct TrackReport {
     size_t index = 0;
     FormatReport format;
     std::optional<ReadReport> read;
-    std::vector<Sample> samples;  // with --samples
+    std::vector<Sample> samples;   // with --samples
+    std::vector<PlotSample> plot;  // with --html: every sample, in the order of the read
 };
 
 struct SeekTrackReport {
@@ -127,6 +135,9 @@ struct Report {
     FormatReport format;
     std::vector<TrackReport> tracks;
     std::vector<SeekReport> seeks;
+    // With --html, after each sample of any track: distinct bytes of the file that the extractor
+    // has read, less the bytes delivered as samples.
+    std::vector<int64_t> sourceAhead;
     std::optional<VerifyReport> verify;
     bool listSamples = false;
     double readSeconds = 0;            // wall time of reading; differs from run to run: text only

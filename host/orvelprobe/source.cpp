@@ -24,9 +24,9 @@ Source::Source(const std::string& path, const SourceOptions& options) {
                                                 std::chrono::microseconds(options.latencyUs)));
     }
     if (options.unknownSize) add(std::make_unique<host::UnknownSizeSource>(top()));
-    auto counts = std::make_unique<host::CountingSource>(top());
-    mCounts = counts.get();
-    add(std::move(counts));
+    auto coverage = std::make_unique<CoverageSource>(top());
+    mCoverage = coverage.get();
+    add(std::move(coverage));
 }
 
 Source::~Source() {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "framework/CountingSource.h"
+#include "coverage_source.h"
 #include "options.h"
 #include "sniff_trace.h"
 
@@ -21,14 +21,14 @@ class Source {
     host::DataSource& traced(SniffTrace& trace);
     // -1 when it cannot be had.
     int64_t fileBytes();
-    // That have been delivered so far, those that were read twice counted twice. Any thread.
-    uint64_t deliveredBytes() const { return mCounts->counts().bytes; }
+    // What the plug-in has got of it.
+    CoverageSource& coverage() { return *mCoverage; }
     host::DataSource& top() { return *mLayers.back(); }
 
   private:
     void add(std::unique_ptr<host::DataSource> layer) { mLayers.push_back(std::move(layer)); }
     std::vector<std::unique_ptr<host::DataSource>> mLayers;  // each over the one before it
-    host::CountingSource* mCounts = nullptr;                 // one of them
+    CoverageSource* mCoverage = nullptr;                     // one of them
 };
 
 }  // namespace orvel::probe

@@ -5,11 +5,38 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
 #include <type_traits>
 
 #include "text.h"
 
 namespace orvel::probe {
+
+std::string shortMime(const std::string& mime) {
+    static constexpr const char* kShort[][2] = {
+            {"audio/mpeg", "mp3"},      {"audio/mp4a-latm", "aac"}, {"audio/raw", "pcm"},
+            {"video/mp4v-es", "mpeg4"}, {"text/3gpp-tt", "text"},
+    };
+    for (const auto& row : kShort) {
+        if (mime == row[0]) return row[1];
+    }
+    std::string_view rest = mime;
+    rest.remove_prefix(std::min(rest.size(), rest.find('/') + 1));
+    for (const std::string_view vendor : {"x-vnd.on2.", "x-", "vnd."}) {
+        if (rest.substr(0, vendor.size()) == vendor) {
+            rest.remove_prefix(vendor.size());
+            break;
+        }
+    }
+    return printable(rest);
+}
+
+std::string codecsText(const Report& report) {
+    std::string text;
+    for (const TrackReport& track : report.tracks)
+        text += (text.empty() ? "" : "+") + shortMime(track.format.text(host::kKeyMime));
+    return text.empty() ? "no tracks" : text;
+}
 
 int64_t durationUs(const Report& report) {
     int64_t longest = -1;

@@ -34,6 +34,10 @@ inline constexpr Tag kTags[] = {
 
 // Of the longest track; -1 when none says.
 int64_t durationUs(const Report& report);
+// "avc" for "video/avc", "matroska" for "video/x-matroska".
+std::string shortMime(const std::string& mime);
+// "avc+aac", "no tracks"
+std::string codecsText(const Report& report);
 // "video/mp4, 0:05.015"
 std::string containerText(const Report& report);
 // "250 samples (1 key), 120 kB, 0.000 s to 4.960 s" without how it ended.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
-#include <string_view>
 
 #include "page.h"
 #include "summary.h"
@@ -34,36 +33,15 @@ std::string padded(std::string text, size_t columns) {
     return text + std::string(columns - text.size(), ' ');
 }
 
-// "avc" for "video/avc", "matroska" for "video/x-matroska".
-std::string shortMime(const std::string& mime) {
-    static constexpr const char* kShort[][2] = {
-            {"audio/mpeg", "mp3"},      {"audio/mp4a-latm", "aac"}, {"audio/raw", "pcm"},
-            {"video/mp4v-es", "mpeg4"}, {"text/3gpp-tt", "text"},
-    };
-    for (const auto& row : kShort) {
-        if (mime == row[0]) return row[1];
-    }
-    std::string_view rest = mime;
-    rest.remove_prefix(std::min(rest.size(), rest.find('/') + 1));
-    for (const std::string_view vendor : {"x-vnd.on2.", "x-", "vnd."}) {
-        if (rest.substr(0, vendor.size()) == vendor) {
-            rest.remove_prefix(vendor.size());
-            break;
-        }
-    }
-    return printable(rest);
-}
-
 std::string columnsOf(const Report& report) {
     if (!report.taken) return "";
-    std::string container = report.format.text(host::kKeyMime), tracks;
+    std::string container = report.format.text(host::kKeyMime);
     const int64_t longestUs = durationUs(report);
     uint64_t samples = 0, bytes = 0;
     bool wasRead = false;
     for (const TrackReport& track : report.tracks) {
         const std::string own = track.format.text("file-format");
         if (!own.empty()) container = own;
-        tracks += (tracks.empty() ? "" : "+") + shortMime(track.format.text(host::kKeyMime));
         if (!track.read) continue;
         wasRead = true;
         samples += track.read->count;
@@ -72,7 +50,7 @@ std::string columnsOf(const Report& report) {
     std::string text =
             padded(container.empty() ? "unknown" : shortMime(container), kContainerColumns) +
             padded(longestUs < 0 ? "-" : durationText(longestUs), kDurationColumns) +
-            padded(tracks.empty() ? "no tracks" : tracks, kTracksColumns);
+            padded(codecsText(report), kTracksColumns);
     if (wasRead) {
         text += padded(std::to_string(samples), kReadColumns / 2) +
                 padded(sizeText(bytes), kReadColumns / 2 + 2);

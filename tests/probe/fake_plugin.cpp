@@ -5,6 +5,7 @@
 //                              TYPE: i32 i64 f32 str rect (L,T,R,B) buf (hexadecimal)
 //   track                      begins a track
 //   sample TIMEUS KEY HEX      KEY: 0 or 1
+//   samples COUNT STEPUS SIZE  so many at once, none a key, behind those before
 //   end STATUS                 what the read behind the last sample returns; -1011 if absent
 //   log PRIORITY TEXT          logged while it decides, under the tag FFmpegObject
 //   bit N                      it is taken only if mm.enable.orvel_parser enables this container
@@ -112,6 +113,13 @@ std::shared_ptr<Script> parse(CDataSource* source) {
             words >> sample.timeUs >> sample.sync >> hex;
             sample.data = fromHex(hex);
             track->samples.push_back(sample);
+        } else if (word == "samples") {
+            size_t count = 0, size = 0;
+            int64_t stepUs = 0;
+            words >> count >> stepUs >> size;
+            int64_t timeUs = track->samples.empty() ? 0 : track->samples.back().timeUs + stepUs;
+            for (; count > 0; count--, timeUs += stepUs)
+                track->samples.push_back({timeUs, false, std::string(size, '\0')});
         } else if (word == "end") {
             words >> track->end;
         } else if (word == "log") {

@@ -227,10 +227,10 @@ TEST(Outcome, help_fitsTwoScreensAndNamesEveryOption) {
         EXPECT_LE(line.size(), 80u) << line;
     EXPECT_LE(count, 100u);
     for (const char* option :
-         {"--json",    "--read",     "--samples", "--track",   "--seek",       "--limit",
-          "--extract", "--property", "--source",  "--plugin",  "--log",        "--keys",
-          "--cover",   "--jobs",     "--timeout", "--version", "--explain",    "--verify",
-          "--table",   "--pages",    "previous",  "next",      "closest-sync", "closest "}) {
+         {"--json",     "--read",    "--samples",    "--track",  "--seek",  "--limit", "--extract",
+          "--property", "--source",  "--plugin",     "--log",    "--keys",  "--cover", "--jobs",
+          "--timeout",  "--version", "--explain",    "--verify", "--table", "--pages", "--html",
+          "previous",   "next",      "closest-sync", "closest "}) {
         EXPECT_NE(run.out.find(option), std::string::npos) << option;
     }
     EXPECT_EQ(work.probe({"-V"}).out.rfind("orvelprobe ", 0), 0u);
