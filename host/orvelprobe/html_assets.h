@@ -1,4 +1,4 @@
-// The page's style and script, made at build time of html/page.css and html/page.js.
+// The page's style and script, made of html/ at build time.
 #pragma once
 
 namespace orvel::probe {

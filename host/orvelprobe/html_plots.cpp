@@ -1,8 +1,10 @@
 #include "html_plots.h"
 
+#include <media/stagefright/MediaErrors.h>
 #include <strings.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "html_text.h"
@@ -72,8 +74,8 @@ std::string timesText(const TrackPlot& plot, bool continuous, bool isVideo) {
         text += "; " + countText(plot.backwardCount, "sample") + " read behind a later one";
     }
     text += ".";
-    if (plot.gapCount > 0) text += " A gap: a step above 1.5 typical ones.";
-    if (plot.overlapCount > 0) text += " An overlap: one below half of it.";
+    if (plot.gapCount > 0) text += " Gap: a step above 1.5 typical ones.";
+    if (plot.overlapCount > 0) text += " Overlap: a step below half a typical one.";
     if (plot.gapCount > plot.gaps.size() || plot.overlapCount > plot.overlaps.size()) {
         text += " Only the first " + countText(std::max(plot.gaps.size(), plot.overlaps.size())) +
                 " are drawn.";
@@ -149,22 +151,39 @@ std::string trackPlotHtml(const Report& report, const TrackReport& track, size_t
 }
 
 std::string cachePlotHtml(const Report& report, size_t maxBins) {
-    if (report.sourceAhead.empty()) return "";
+    std::vector<int64_t> ahead = report.sourceAhead;
+    if (ahead.empty()) return "";
+    const int64_t left = ahead.back();
+    const bool atEnd =
+            std::all_of(report.tracks.begin(), report.tracks.end(), [](const TrackReport& track) {
+                return track.read && track.read->end == android::ERROR_END_OF_STREAM;
+            });
+    for (size_t i = 0; atEnd && i < ahead.size(); i++) {
+        ahead[i] -= std::llround(static_cast<double>(left) * static_cast<double>(i + 1) /
+                                 static_cast<double>(ahead.size()));
+    }
     size_t perBin = 1;
-    const std::vector<Band> bands = bandsOf(report.sourceAhead, maxBins, &perBin);
+    const std::vector<Band> bands = bandsOf(ahead, maxBins, &perBin);
     Figure figure("ahead");
     figure.number("per-bin", static_cast<int64_t>(perBin));
-    figure.number("samples", static_cast<int64_t>(report.sourceAhead.size()));
+    figure.number("samples", static_cast<int64_t>(ahead.size()));
     figure.column("min", differences(valuesOf(bands, [](auto& band) { return band.min; })));
     figure.column("span", valuesOf(bands, [](auto& band) { return band.max - band.min; }));
-    const int64_t left = report.sourceAhead.back();
+    const std::string leftText =
+            (left < 0 ? "-" : "") + sizeText(static_cast<uint64_t>(left < 0 ? -left : left));
     std::string text =
             "What the plug-in holds cannot be seen from outside. Shown instead, after each sample "
             "that was read: the bytes of the file that the extractor has got from the source by "
-            "then, each counted once, less the bytes delivered as samples. That is what lies in "
-            "its caches, and with it headers, container overhead and unread tracks so far. After "
-            "the last sample: ";
-    text += (left < 0 ? "-" : "") + sizeText(static_cast<uint64_t>(left < 0 ? -left : left)) + ".";
+            "then, each counted once, less the bytes delivered as samples. ";
+    text += atEnd ? "Of the " + leftText +
+                            " that were left at the end (headers, container overhead, unread "
+                            "tracks) each sample has taken an equal share with it, so that the "
+                            "plot ends at "
+                            "zero; what stands in front of the samples counts until then, less and "
+                            "less."
+                  : "Headers, container overhead and unread tracks are in it. After the last "
+                    "sample: " +
+                            leftText + ".";
     if (perBin > 1) text += " Each bar is " + countText(perBin) + " samples, least to most.";
     return figure.html(escaped(text));
 }

@@ -36,7 +36,8 @@ std::string element(const std::string& tag, const std::string& html) {
 
 // A cell that shows its column's name where the table has become a list.
 std::string cell(const char* column, const std::string& html) {
-    return element("td data-name=\"" + std::string(column) + "\"", element("span", html));
+    return element("td data-name=\"" + std::string(column) + "\"",
+                   html.empty() ? "" : element("span", html));
 }
 
 std::string table(const std::string& kind, const std::vector<const char*>& columns,
@@ -192,13 +193,17 @@ HtmlSection makeHtmlSection(const Report& report, size_t files) {
     section.remark = printable(remarkOf(report), kMaxValueCharacters);
     if (report.taken) {
         uint64_t samples = 0, bytes = 0;
+        bool wasRead = false;
         for (const TrackReport& track : report.tracks) {
-            samples += track.read ? track.read->count : 0;
-            bytes += track.read ? track.read->bytes : 0;
+            if (!track.read) continue;
+            wasRead = true;
+            samples += track.read->count;
+            bytes += track.read->bytes;
         }
+        const std::string read =
+                wasRead ? countText(samples, "sample") + ", " + sizeText(bytes) : "";
         section.cells = cell("container", foreignText(containerText(report), 80)) +
-                        cell("tracks", foreignText(codecsText(report), 80)) +
-                        cell("read", countText(samples, "sample") + ", " + sizeText(bytes));
+                        cell("tracks", foreignText(codecsText(report), 80)) + cell("read", read);
     }
     section.body = summaryHtml(report);
     if (report.explain) {

@@ -89,7 +89,8 @@ TrackPlot plotTrack(std::vector<PlotSample> samples, size_t maxBins, bool contin
         if (stepUs > 0) steps.push_back(stepUs);
     }
     plot.typicalStepUs = median(std::move(steps));
-    plot.endUs = samples.back().timeUs + plot.typicalStepUs;
+    plot.endUs = samples.back().timeUs +
+                 (continuous ? plot.typicalStepUs : std::min(plot.typicalStepUs, kSecondUs));
     addBins(samples, maxBins, &plot);
     addRates(samples, maxBins, &plot);
     if (continuous) addSteps(samples, maxBins, &plot);

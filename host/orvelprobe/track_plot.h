@@ -31,7 +31,7 @@ struct TimeRange {
 struct TrackPlot {
     size_t samplesPerBin = 1;
     std::vector<SampleBin> bins;
-    int64_t endUs = 0;          // a typical step behind the last sample
+    int64_t endUs = 0;          // where the last sample is taken to end
     int64_t typicalStepUs = 0;  // median of the steps forward; 0 when there are none
     // Bytes of the samples that begin within each `rateStepUs`, a whole number of seconds, from
     // `rateStartUs`, a multiple of it, on.

@@ -1,7 +1,11 @@
-# Makes html_assets.cpp of page.css and page.js:
+# Makes html_assets.cpp of the style and the parts of the script, in their order:
 #   cmake -D OUT=FILE -P embed.cmake
 file(READ ${CMAKE_CURRENT_LIST_DIR}/page.css style)
-file(READ ${CMAKE_CURRENT_LIST_DIR}/page.js script)
+set(script "")
+foreach(part numbers plot page)
+  file(READ ${CMAKE_CURRENT_LIST_DIR}/${part}.js text)
+  string(APPEND script "${text}\n")
+endforeach()
 file(WRITE ${OUT} "#include \"html_assets.h\"
 
 namespace orvel::probe {
