@@ -36,7 +36,7 @@ bool isRoutine(const char* text) {
 }  // namespace
 
 LogCapture::LogCapture() {
-    standin::setLogHook(onLine, this);
+    standin::setLogHook(onLine, this, ANDROID_LOG_WARN);
 }
 
 LogCapture::~LogCapture() {
@@ -62,8 +62,12 @@ void LogCapture::onLine(void* cookie, int priority, const char* tag, const char*
 }
 
 void LogCapture::setTrace(SniffTrace* trace) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mTrace = trace;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mTrace = trace;
+    }
+    // FFmpeg has a line for each entry of an index, which takes longer to write than to make.
+    standin::setLogHook(onLine, this, trace ? ANDROID_LOG_UNKNOWN : ANDROID_LOG_WARN);
 }
 
 LogCapture::Pause::Pause() {

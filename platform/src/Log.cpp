@@ -7,10 +7,9 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <mutex>
-#include <shared_mutex>
 
 #include "LogInternal.h"
+#include "Monitor.h"
 
 namespace {
 
@@ -18,12 +17,14 @@ constexpr size_t kMaxFormatted = 1024;  // with the zero
 constexpr size_t kMaxText = 4000;
 
 struct Hook {
+    static constexpr int kNone = ANDROID_LOG_SILENT + 1;
+
     // Shared while the hook runs, exclusive to change it: a change waits for calls under way.
-    std::shared_mutex lock;
-    standin::LogHook call = nullptr;
-    void* cookie = nullptr;
-    // So that a line nobody wants costs no lock.
-    std::atomic<bool> present{false};
+    standin::SharedMutex lock;
+    standin::LogHook call ORVEL_TSA(guarded_by(lock)) = nullptr;
+    void* cookie ORVEL_TSA(guarded_by(lock)) = nullptr;
+    // The least priority that it is called for, so that a line nobody wants costs no lock.
+    std::atomic<int> level{kNone};
 };
 
 // Never destroyed: threads log until the process ends.
@@ -70,8 +71,8 @@ void print(int priority, const char* tag, const char* text) {
 
 void callHook(int priority, const char* tag, const char* text) {
     Hook& target = hook();
-    if (tInHook || !target.present.load(std::memory_order_acquire)) return;
-    std::shared_lock<std::shared_mutex> hold(target.lock);
+    if (tInHook || priority < target.level.load(std::memory_order_acquire)) return;
+    standin::SharedAutolock hold(target.lock);
     if (target.call == nullptr) return;
     tInHook = true;
     target.call(target.cookie, priority, tag, text);
@@ -92,15 +93,15 @@ namespace standin {
 
 bool logWanted(int priority) {
     return priority >= gLevel.load(std::memory_order_relaxed) ||
-           hook().present.load(std::memory_order_acquire);
+           priority >= hook().level.load(std::memory_order_acquire);
 }
 
-void setLogHook(LogHook call, void* cookie) {
+void setLogHook(LogHook call, void* cookie, int minPriority) {
     Hook& target = hook();
-    std::unique_lock<std::shared_mutex> hold(target.lock);
+    Autolock hold(target.lock);
     target.call = call;
     target.cookie = cookie;
-    target.present.store(call != nullptr, std::memory_order_release);
+    target.level.store(call != nullptr ? minPriority : Hook::kNone, std::memory_order_release);
 }
 
 void setLogLevel(int minPriority) {

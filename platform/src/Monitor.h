@@ -29,9 +29,28 @@ class ORVEL_TSA(capability("mutex")) Mutex {
     pthread_mutex_t mMutex = PTHREAD_MUTEX_INITIALIZER;
 };
 
+// One writer or any number of readers.
+class ORVEL_TSA(capability("mutex")) SharedMutex {
+  public:
+    SharedMutex() = default;
+    ~SharedMutex() { pthread_rwlock_destroy(&mLock); }
+    SharedMutex(const SharedMutex&) = delete;
+    SharedMutex& operator=(const SharedMutex&) = delete;
+
+    void lock() ORVEL_TSA(acquire_capability()) { pthread_rwlock_wrlock(&mLock); }
+    void unlock() ORVEL_TSA(release_capability()) { pthread_rwlock_unlock(&mLock); }
+    void lockShared() ORVEL_TSA(acquire_shared_capability()) { pthread_rwlock_rdlock(&mLock); }
+    void unlockShared() ORVEL_TSA(release_shared_capability()) { pthread_rwlock_unlock(&mLock); }
+
+  private:
+    pthread_rwlock_t mLock = PTHREAD_RWLOCK_INITIALIZER;
+};
+
+// Holds a Mutex, or a SharedMutex for writing, for a scope.
+template <typename MutexType>
 class ORVEL_TSA(scoped_lockable) Autolock {
   public:
-    explicit Autolock(Mutex& mutex) ORVEL_TSA(acquire_capability(mutex)) : mMutex(mutex) {
+    explicit Autolock(MutexType& mutex) ORVEL_TSA(acquire_capability(mutex)) : mMutex(mutex) {
         mMutex.lock();
     }
     ~Autolock() ORVEL_TSA(release_capability()) { mMutex.unlock(); }
@@ -39,7 +58,21 @@ class ORVEL_TSA(scoped_lockable) Autolock {
     Autolock& operator=(const Autolock&) = delete;
 
   private:
-    Mutex& mMutex;
+    MutexType& mMutex;
+};
+
+class ORVEL_TSA(scoped_lockable) SharedAutolock {
+  public:
+    explicit SharedAutolock(SharedMutex& mutex) ORVEL_TSA(acquire_shared_capability(mutex))
+        : mMutex(mutex) {
+        mMutex.lockShared();
+    }
+    ~SharedAutolock() ORVEL_TSA(release_capability()) { mMutex.unlockShared(); }
+    SharedAutolock(const SharedAutolock&) = delete;
+    SharedAutolock& operator=(const SharedAutolock&) = delete;
+
+  private:
+    SharedMutex& mMutex;
 };
 
 class Condition {

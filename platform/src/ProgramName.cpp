@@ -3,13 +3,20 @@
 #include <string.h>
 
 #include <atomic>
-#include <mutex>
 #include <set>
 #include <string>
+
+#include "Monitor.h"
 
 namespace {
 
 std::atomic<const char*> gName{nullptr};  // null: not set, the name is the executable's
+
+// Every name that was ever set is kept, once, because a caller may still hold it.
+struct Names {
+    standin::Mutex lock;
+    std::set<std::string> kept ORVEL_TSA(guarded_by(lock));
+};
 
 }  // namespace
 
@@ -19,11 +26,9 @@ const char* getprogname() {
 }
 
 void setprogname(const char* name) {
-    // Every name that was ever set is kept, once, because a caller may still hold it.
-    static std::mutex& lock = *new std::mutex;
-    static std::set<std::string>& names = *new std::set<std::string>;
+    static Names& names = *new Names;
     const char* slash = strrchr(name, '/');
-    std::lock_guard<std::mutex> hold(lock);
-    const char* kept = names.emplace(slash != nullptr ? slash + 1 : name).first->c_str();
+    standin::Autolock hold(names.lock);
+    const char* kept = names.kept.emplace(slash != nullptr ? slash + 1 : name).first->c_str();
     gName.store(kept, std::memory_order_release);
 }

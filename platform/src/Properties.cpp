@@ -6,14 +6,15 @@
 #include <string.h>
 
 #include <map>
-#include <mutex>
 #include <string>
+
+#include "Monitor.h"
 
 namespace {
 
 struct Table {
-    std::mutex lock;
-    std::map<std::string, std::string, std::less<>> values;
+    standin::Mutex lock;
+    std::map<std::string, std::string, std::less<>> values ORVEL_TSA(guarded_by(lock));
 };
 
 // Never destroyed: properties may be read until the last thread ends.
@@ -27,7 +28,7 @@ Table& table() {
 int property_get(const char* key, char* value, const char* default_value) {
     {
         Table& properties = table();
-        std::lock_guard<std::mutex> hold(properties.lock);
+        standin::Autolock hold(properties.lock);
         auto found = properties.values.find(key);
         if (found != properties.values.end() && !found->second.empty()) {
             memcpy(value, found->second.c_str(), found->second.size() + 1);
@@ -52,7 +53,7 @@ int property_set(const char* key, const char* value) {
         return -EINVAL;
     }
     Table& properties = table();
-    std::lock_guard<std::mutex> hold(properties.lock);
+    standin::Autolock hold(properties.lock);
     properties.values[key] = value;
     return 0;
 }
