@@ -70,6 +70,7 @@ status_t FFmpegObject::initialize() {
         ALOGE("avformat open input failed: %s", ErrorText(result).c_str());
         return NO_MEMORY;
     }
+    if (!hasPlausibleIndex()) return BAD_VALUE;
     result = avformat_find_stream_info(mFormatCtx, nullptr);
     if (result < 0) {
         ALOGE("find stream info error: %s", ErrorText(result).c_str());
@@ -80,6 +81,18 @@ status_t FFmpegObject::initialize() {
     mReader = new FFmpegReader(this);
     mReader->init();
     return OK;
+}
+
+bool FFmpegObject::hasPlausibleIndex() const {
+    const int64_t size = avio_size(mFormatCtx->pb);
+    if (size <= 0) return true;
+    int64_t samples = 0;
+    for (unsigned i = 0; i < mFormatCtx->nb_streams; ++i)
+        samples += compat::indexEntryCount(mFormatCtx->streams[i]);
+    if (samples <= size) return true;
+    ALOGE("index claims %lld samples in %lld bytes", static_cast<long long>(samples),
+          static_cast<long long>(size));
+    return false;
 }
 
 void FFmpegObject::unInitialize() {

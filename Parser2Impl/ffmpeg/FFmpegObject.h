@@ -137,6 +137,10 @@ class FFmpegObject : public android::RefBase {
     FFmpegObject& operator=(const FFmpegObject&) = delete;
 
     android::status_t initialize();
+    // Of the opened context: whether the file, whose size costs no read, has a byte at least for
+    // each sample of its index. A few boxes of an MP4 can claim millions that lie in one place,
+    // and FFmpeg would spend minutes on them. True when the size is not known.
+    bool hasPlausibleIndex() const;
     void unInitialize();
 
     bool sniffInternal(android::String8* mimeType, float* confidence, void** format);

@@ -165,6 +165,7 @@ bool FFmpegObject::sniffSpecialContainer(AVInputFormatPtr format) {
         ALOGE("avformat open input failed: %s", ErrorText(result).c_str());
         return true;
     }
+    if (!hasPlausibleIndex()) return false;
     result = avformat_find_stream_info(mFormatCtx, nullptr);
     if (result < 0) {
         ALOGE("sniff: could not find stream information:%s", ErrorText(result).c_str());

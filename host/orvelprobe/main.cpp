@@ -19,6 +19,7 @@
 #include "file_list.h"
 #include "html_page.h"
 #include "json_output.h"
+#include "memory_limit.h"
 #include "options.h"
 #include "plugin_path.h"
 #include "progress_line.h"
@@ -153,6 +154,7 @@ class Command {
         }
         standin::setLogLevel(mOptions.logPriority);
         Collector collector(mOptions, state);
+        std::optional<MemoryLimit> limit(std::in_place);
         const Report& report = collector.run(mFiles[index], [this, out](const Report& soFar) {
             // A page to fall back on; a machine wants one object or the error.
             if (!mOptions.json) write(soFar, out);
@@ -160,6 +162,7 @@ class Command {
             fputc(kPageEnd, out);
             fflush(out);
         });
+        limit.reset();  // what the report grows to in print is the tool's own affair
         state.step = Step::Output;
         write(report, out);
         writeHtml(report, out);

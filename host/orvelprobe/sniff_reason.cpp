@@ -20,6 +20,7 @@ constexpr char kNoMemory[] = "sniff fail: OOM";
 constexpr char kTagsTooLong[] = "id3 tag size is corrupted";
 constexpr char kOpenFailed[] = "avformat open input failed: ";
 constexpr char kNoStreams[] = "sniff: could not find stream information:";
+constexpr char kIndexClaims[] = "index claims ";
 constexpr char kNoDemuxer[] = "tmpFmt is NULL";
 constexpr char kMainAudio[] = "main audio:";
 constexpr char kSpecialAudio[] = "special audio, mimetype:";
@@ -47,7 +48,8 @@ struct Facts {
     const TraceEvent* lastRead = nullptr;  // before the line about a short one
     bool standsBack = false, initFailed = false, noMemory = false, tagsTooLong = false;
     bool openFailed = false, noStreams = false;
-    std::string errorText;  // FFmpeg's, of the last two
+    std::string errorText;    // FFmpeg's, of the last two
+    std::string indexClaims;  // more than can be, when not empty
     std::string processName;
     std::string mainAudio;       // FFmpeg's name, "none", or empty when no line tells
     size_t missingDemuxers = 0;  // of enabled containers
@@ -82,6 +84,7 @@ void readLine(const std::string& line, Facts* facts) {
         facts->openFailed = true;
     } else if (beginsWith(line, kNoStreams, &facts->errorText)) {
         facts->noStreams = true;
+    } else if (beginsWith(line, kIndexClaims, &facts->indexClaims)) {
     } else if (beginsWith(line, kNoDemuxer)) {
         facts->missingDemuxers++;
     } else if (beginsWith(line, kMainAudio, &facts->mainAudio)) {
@@ -141,6 +144,7 @@ std::string contentsReason(const Facts& facts) {
         return name + " whose streams FFmpeg cannot make out (" + facts.errorText +
                "); the file is damaged or cut off";
     }
+    if (!facts.indexClaims.empty()) return name + " whose index claims " + facts.indexClaims;
     const std::string only = "; the plug-in takes " + name + " only for DTS or E-AC-3";
     if (facts.mainAudio == "none") return name + " without audio" + only;
     if (facts.mainAudio.empty()) {
