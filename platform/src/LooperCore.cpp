@@ -83,7 +83,7 @@ sp<AMessage> LooperCore::nextMessage(uint32_t runId) {
             continue;
         }
         Event& first = mQueue[mHead];
-        int64_t nowUs = standin::looperTimeUs();
+        int64_t nowUs = first.whenUs == kAtOnce ? kAtOnce : standin::looperTimeUs();
         if (first.whenUs > nowUs) {
             // A set clock wakes the queue when it is set again. The wait is cut into days because
             // the far end of time does not fit a timespec everywhere.
@@ -109,7 +109,10 @@ status_t LooperCore::post(const sp<AMessage>& message, int64_t delayUs) {
     {
         Autolock hold(mLock);
         if (mStopped) return -ENOENT;
-        int64_t whenUs = standin::looperTimeUs();
+        // Behind nothing that has a time, the posting order says it all.
+        const bool atOnce =
+                delayUs <= 0 && (mHead == mQueue.size() || mQueue.back().whenUs == kAtOnce);
+        int64_t whenUs = atOnce ? kAtOnce : standin::looperTimeUs();
         if (delayUs > 0) whenUs = delayUs > INT64_MAX - whenUs ? INT64_MAX : whenUs + delayUs;
         // Full of messages that are gone: move to the front rather than grow.
         if (mQueue.size() == mQueue.capacity() && mHead > mQueue.size() / 2) {
@@ -152,6 +155,7 @@ status_t LooperCore::stop() {
         while (mWaiters != nullptr)
             endWait(mWaiters->id, nullptr);
     }
+    mWaitEnded.broadcast();
     if (!runsOnCaller) {
         if (pthread_equal(thread, pthread_self())) {
             pthread_detach(thread);
@@ -182,7 +186,7 @@ status_t LooperCore::postAndAwait(const sp<AMessage>& message, sp<AMessage>* res
     {
         Autolock hold(mLock);
         while (!waiter.ended)
-            waiter.changed.wait(mLock);
+            mWaitEnded.wait(mLock);
     }
     if (waiter.response == nullptr) return -ENOENT;
     *response = std::move(waiter.response);
@@ -196,20 +200,26 @@ bool LooperCore::endWait(uint64_t waiterId, const sp<AMessage>& response) {
         *link = waiter->next;
         waiter->response = response;
         waiter->ended = true;
-        waiter->changed.signal();
         return true;
     }
     return false;
 }
 
 status_t LooperCore::reply(uint64_t waiterId, const sp<AMessage>& response) {
-    Autolock hold(mLock);
-    return endWait(waiterId, response) ? OK : -ENOENT;
+    {
+        Autolock hold(mLock);
+        if (!endWait(waiterId, response)) return -ENOENT;
+    }
+    mWaitEnded.broadcast();
+    return OK;
 }
 
 void LooperCore::abandon(uint64_t waiterId) {
-    Autolock hold(mLock);
-    endWait(waiterId, nullptr);
+    {
+        Autolock hold(mLock);
+        if (!endWait(waiterId, nullptr)) return;
+    }
+    mWaitEnded.broadcast();
 }
 
 }  // namespace android

@@ -34,8 +34,10 @@ class LooperCore : public RefBase {
     void wake();
 
   private:
+    static constexpr int64_t kAtOnce = 0;
+
     struct Event {
-        int64_t whenUs;
+        int64_t whenUs;  // kAtOnce, or by the looper's clock
         sp<AMessage> message;
     };
 
@@ -44,7 +46,6 @@ class LooperCore : public RefBase {
         uint64_t id;
         bool ended = false;
         sp<AMessage> response;
-        standin::Condition changed;
         Waiter* next = nullptr;
     };
 
@@ -52,12 +53,15 @@ class LooperCore : public RefBase {
     static void* threadMain(void* arguments);
     void run(uint32_t runId);
     sp<AMessage> nextMessage(uint32_t runId);
-    // False when there is no such waiter.
+    // False when there is no such waiter. The caller signals mWaitEnded.
     bool endWait(uint64_t waiterId, const sp<AMessage>& response)
             ORVEL_TSA(requires_capability(mLock));
 
     standin::Mutex mLock;
     standin::Condition mQueueChanged;
+    // A waiter's end. One for all of them, so that it can be signalled after mLock is released: a
+    // woken sender that finds it held would go back to sleep.
+    standin::Condition mWaitEnded;
 
     // Ordered by time, equal times by posting. What is before mHead is delivered; a vector with a
     // moving start, so that posting does not allocate once the queue has had its usual length.
