@@ -17,6 +17,7 @@
 #include "FFmpegCompat.h"
 #include "FFmpegObject.h"
 #include "Lock.h"
+#include "PacketRecycler.h"
 
 namespace orvel {
 
@@ -90,6 +91,7 @@ class FFmpegReader : public android::AHandler {
 
   private:
     using ReadOptions = android::MediaTrackHelper::ReadOptions;
+    struct Read;
     struct SeekTarget;
 
     enum : uint32_t {
@@ -105,9 +107,13 @@ class FFmpegReader : public android::AHandler {
 
     // Commands. ReaderCommands.cpp
     android::sp<android::AMessage> newCommand(uint32_t what, int32_t trackIndex);
+    android::status_t postAndAwait(const android::sp<android::AMessage>& command,
+                                   android::sp<android::AMessage>* response);
     void postReply(const android::sp<android::AMessage>& msg, android::status_t err);
     void onStart(const android::sp<android::AMessage>& msg);
     void onStop(const android::sp<android::AMessage>& msg);
+    // After a seek and its flush the next message comes at once: waits a moment for it, awake.
+    void lingerForNextMessage();
     // Clears mReadPaused, and asks for packets on behalf of the reads that wait: a request that
     // came while it was set was dropped, and a flush may have taken what a read was about to get.
     void resumeReading() ORVEL_REQUIRES(mLock);
@@ -117,8 +123,11 @@ class FFmpegReader : public android::AHandler {
     android::sp<android::AMessage> newRequest(int32_t streamIndex);
     void postQueueBuffer(int32_t streamIndex);
     void onQueueBuffer(const android::sp<android::AMessage>& msg);
+    // *served: the cache that got the pass's last packet, its consumer not yet woken; or null.
+    void runPass(const android::sp<android::AMessage>& msg, android::sp<Cache>* served);
     bool dropsRequest(int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
-    void readPackets(AVFormatContext* context, int32_t streamIndexWanted) ORVEL_REQUIRES(mLock);
+    void readPackets(AVFormatContext* context, int32_t streamIndexWanted,
+                     android::sp<Cache>* served) ORVEL_REQUIRES(mLock);
     void endReading(AVFormatContext* context, int error, int32_t streamIndexWanted)
             ORVEL_REQUIRES(mLock);
     bool isAllTracksFull() ORVEL_REQUIRES(mLock);
@@ -143,13 +152,18 @@ class FFmpegReader : public android::AHandler {
                                           int flags);
 
     // Delivery. ReaderDelivery.cpp
-    android::status_t findCache(int32_t trackIndex, android::sp<Cache>* cache, int32_t* streamIndex,
-                                bool* bigBuffer);
+    // Looks the track up; its next packet, if one is queued, becomes *out at once. Else asks for
+    // packets, and the read has to wait.
+    android::status_t deliverQueued(Read* read, IOrvelMediaBuffer** out);
     void appendPackets(Cache& cache, int32_t streamIndex, IOrvelMediaBuffer& buffer);
 
     // Conversion, under mLock for its whole length. SampleConversion.cpp
     android::status_t avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer** out,
                                             int32_t trackIndex, const ReadOptions* options);
+    // Takes the packet, whatever it returns.
+    android::status_t convertPacket(const FFmpegObject::TrackInfo& trackInfo, Track& track,
+                                    AVPacket* packet, IOrvelMediaBuffer** out,
+                                    const ReadOptions* options) ORVEL_REQUIRES(mLock);
     int64_t calculateTargetTimeUs(int64_t seekTimeUs, const FFmpegObject::TrackInfo& info,
                                   const Track& track) ORVEL_REQUIRES(mLock);
     void processNALUnitBuffer(Track& track, const AVPacket& packet, size_t nalSizeLength)
@@ -165,6 +179,11 @@ class FFmpegReader : public android::AHandler {
     android::KeyedVector<int32_t, android::sp<Track>> mTracks ORVEL_GUARDED_BY(mLock);
     const android::wp<FFmpegObject> mFFmpegObject;
     android::sp<android::ALooper> mLooper;  // set once by init
+    // Messages posted so far, by any thread, and messages handled.
+    std::atomic<uint32_t> mPosted{0};
+    uint32_t mHandled = 0;  // looper thread only
+    // What was delivered, for the next pass to free.
+    PacketRecycler mSpentPackets ORVEL_GUARDED_BY(mLock);
     // Set once by init and never changed: posted for each packet, often while it is being handled.
     android::sp<android::AMessage> mAnyStreamRequest;
     ReaderMutex mLock;

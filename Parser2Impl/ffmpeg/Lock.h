@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <stdint.h>
 #include <time.h>
 
 #include <atomic>
@@ -22,21 +23,29 @@
 
 namespace orvel {
 
-// Waits for condition() in a short loop: long enough for a pass over a buffered packet or a small
-// conversion to end elsewhere, a tenth of what going to sleep and being woken takes. False when it
-// did not come true; what lasts longer is slept through.
+// Waits for condition() in a loop of at most about 50 us: what going to sleep and being woken
+// costs, and enough for a pass over a buffered packet or a conversion to end elsewhere. False when
+// it did not come true; what lasts longer is slept through.
 template <typename Predicate>
 inline bool spinUntil(Predicate condition) {
-    constexpr int kSpins = 400;
-    for (int i = 0; i < kSpins; ++i) {
-        if (condition()) return true;
+    constexpr int64_t kLongestNs = 50000;
+    constexpr int kLooksPerClock = 16;  // the clock takes as long as some looks
+    int64_t beginNs = 0;
+    for (;;) {
+        for (int i = 0; i < kLooksPerClock; ++i) {
+            if (condition()) return true;
 #if defined(__x86_64__)
-        __builtin_ia32_pause();
+            __builtin_ia32_pause();
 #elif defined(__aarch64__)
-        asm volatile("yield");
+            asm volatile("yield");
 #endif
+        }
+        timespec now;
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        const int64_t nowNs = now.tv_sec * int64_t{1000000000} + now.tv_nsec;
+        if (beginNs == 0) beginNs = nowNs;
+        if (nowNs - beginNs >= kLongestNs) return false;
     }
-    return false;
 }
 
 // A pthread mutex with default attributes; not recursive.
@@ -92,36 +101,56 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
     ReaderMutex& operator=(const ReaderMutex&) = delete;
 
     void lock() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
-        if (pthread_mutex_trylock(&mMutex) == 0) return;
+        if (tryLock()) return;
         mWaiting.fetch_add(1);
-        if (!spinUntil([this] { return pthread_mutex_trylock(&mMutex) == 0; })) {
+        if (!spinUntil([this] { return tryLock(); })) {
             pthread_mutex_lock(&mMutex);
+            mHeld.store(true, std::memory_order_relaxed);
         }
         mWaiting.fetch_sub(1);
     }
 
     // For the read-ahead pass alone, and so for one thread at a time.
     void lockForPass() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
-        spinUntil([this] { return mWaiting.load(std::memory_order_relaxed) == 0; });
+        if (spinUntil([this] { return tryLockForPass(); })) return;
         pthread_mutex_lock(&mMutex);
         mPassWaiting = true;
         while (mWaiting.load() > 0)
             mNobodyWaits.wait(&mMutex);
         mPassWaiting = false;
+        mHeld.store(true, std::memory_order_relaxed);
     }
 
     void unlock() ORVEL_RELEASE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
         const bool wakePass = mPassWaiting && mWaiting.load() == 0;
         // Signalled before unlocking: afterwards the reader, and this mutex with it, may be gone.
         if (wakePass) mNobodyWaits.signal();
+        mHeld.store(false, std::memory_order_relaxed);
         pthread_mutex_unlock(&mMutex);
     }
 
   private:
+    bool tryLock() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        if (mHeld.load(std::memory_order_relaxed) || pthread_mutex_trylock(&mMutex) != 0) {
+            return false;
+        }
+        mHeld.store(true, std::memory_order_relaxed);
+        return true;
+    }
+
+    bool tryLockForPass() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
+        if (mWaiting.load(std::memory_order_relaxed) > 0 || !tryLock()) return false;
+        if (mWaiting.load() == 0) return true;
+        unlock();
+        return false;
+    }
+
     pthread_mutex_t mMutex;
     Condition mNobodyWaits;        // mWaiting fell to 0 while a pass waited
     std::atomic<int> mWaiting{0};  // threads inside lock() that do not have the mutex yet
     bool mPassWaiting = false;     // guarded by mMutex
+    // The mutex is held: lets who spins look without taking its cache line from the holder. A hint.
+    std::atomic<bool> mHeld{false};
 };
 
 // Holds a Mutex or a ReaderMutex for a scope.

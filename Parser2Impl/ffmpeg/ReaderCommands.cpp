@@ -40,6 +40,15 @@ sp<AMessage> FFmpegReader::newCommand(uint32_t what, int32_t trackIndex) {
     return msg;
 }
 
+status_t FFmpegReader::postAndAwait(const sp<AMessage>& command, sp<AMessage>* response) {
+    mPosted.fetch_add(1, std::memory_order_relaxed);
+    return command->postAndAwaitResponse(response);
+}
+
+void FFmpegReader::lingerForNextMessage() {
+    spinUntil([this] { return mPosted.load(std::memory_order_relaxed) != mHandled; });
+}
+
 status_t FFmpegReader::start(int32_t trackIndex, const sp<OrvelMetaData>& params) {
     const sp<AMessage> msg = newCommand(kWhatStart, trackIndex);
     void* bufferGroup = nullptr;
@@ -48,23 +57,24 @@ status_t FFmpegReader::start(int32_t trackIndex, const sp<OrvelMetaData>& params
         msg->setPointer("buffer-group", bufferGroup);
     }
     sp<AMessage> response;
-    msg->postAndAwaitResponse(&response);
+    postAndAwait(msg, &response);
     return OK;
 }
 
 status_t FFmpegReader::stop(int32_t trackIndex) {
     sp<AMessage> response;
-    newCommand(kWhatStop, trackIndex)->postAndAwaitResponse(&response);
+    postAndAwait(newCommand(kWhatStop, trackIndex), &response);
     return OK;
 }
 
 status_t FFmpegReader::flush(int32_t trackIndex) {
     sp<AMessage> response;
-    newCommand(kWhatFlush, trackIndex)->postAndAwaitResponse(&response);
+    postAndAwait(newCommand(kWhatFlush, trackIndex), &response);
     return OK;
 }
 
 void FFmpegReader::onMessageReceived(const sp<AMessage>& msg) {
+    ++mHandled;
     switch (msg->what()) {
         case kWhatStart:
             onStart(msg);
@@ -74,9 +84,11 @@ void FFmpegReader::onMessageReceived(const sp<AMessage>& msg) {
             break;
         case kWhatSeek:
             onSeek(msg);
+            lingerForNextMessage();
             break;
         case kWhatFlush:
             onFlush(msg);
+            lingerForNextMessage();
             break;
         case kWhatQueueBuffer:
             onQueueBuffer(msg);

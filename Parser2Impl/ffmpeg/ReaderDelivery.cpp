@@ -13,22 +13,35 @@ namespace orvel {
 
 using namespace android;
 
-status_t FFmpegReader::findCache(int32_t trackIndex, sp<Cache>* cache, int32_t* streamIndex,
-                                 bool* bigBuffer) {
+// What a read has found out.
+struct FFmpegReader::Read {
+    const int32_t trackIndex;
+    const ReadOptions* const options;
+    int32_t streamIndex = -1;
+    bool bigBuffer = false;
+    sp<Cache> cache = nullptr;
+    bool waits = false;  // the cache was empty, and packets have been asked for
+};
+
+status_t FFmpegReader::deliverQueued(Read* read, IOrvelMediaBuffer** out) {
     sp<FFmpegObject> object;  // outlives the lock
     ScopedLock<ReaderMutex> lock(mLock);
     object = mFFmpegObject.promote();
     if (object == nullptr) return NO_INIT;
-    *streamIndex = object->mTracks[static_cast<size_t>(trackIndex)].streamIndex;
-    const sp<Track>& track = mTracks.valueFor(*streamIndex);
+    const FFmpegObject::TrackInfo& info = object->mTracks[static_cast<size_t>(read->trackIndex)];
+    read->streamIndex = info.streamIndex;
+    const sp<Track>& track = mTracks.valueFor(info.streamIndex);
     if (track == nullptr) {
-        ALOGE("No this track:%d", trackIndex);
+        ALOGE("No this track:%d", read->trackIndex);
         return UNKNOWN_ERROR;
     }
-    *cache = track->mCache;
-    *bigBuffer = mBigBufferMode;
+    read->bigBuffer = mBigBufferMode;
+    AVPacket* packet = track->mCache->takeQueued();
+    read->waits = packet == nullptr;
+    if (read->waits || read->bigBuffer) read->cache = track->mCache;
+    if (!read->waits) return convertPacket(info, *track, packet, out, read->options);
     track->mAwaited = true;
-    if (track->mCache->getCacheSize() == 0) postQueueBuffer(*streamIndex);
+    postQueueBuffer(info.streamIndex);
     return OK;
 }
 
@@ -38,24 +51,23 @@ status_t FFmpegReader::dequeueBuffer(int32_t trackIndex, IOrvelMediaBuffer** out
     int64_t seekTimeUs;
     ReadOptions::SeekMode seekMode;
     const bool seeks = options != nullptr && options->getSeekTo(&seekTimeUs, &seekMode);
-    sp<Cache> cache;
-    int32_t streamIndex = -1;
-    bool bigBuffer = false;
+    Read read = {trackIndex, options};
     // A packet without data, which some files hold, becomes no sample: the next one is taken.
     while (*out == nullptr) {
-        status_t status = findCache(trackIndex, &cache, &streamIndex, &bigBuffer);
+        status_t status = deliverQueued(&read, out);
         if (status != OK) return status;
+        if (!read.waits) continue;
         AVPacket* packet = nullptr;
-        status = cache->dequeueBuffer(&packet);
+        status = read.cache->dequeueBuffer(&packet);
         if (status != OK) {
             ScopedLock<ReaderMutex> lock(mLock);
-            if (Track* track = startedTrack(streamIndex)) track->mAwaited = false;
+            if (Track* track = startedTrack(read.streamIndex)) track->mAwaited = false;
             return status;
         }
         status = avPacketToMediaBuffer(packet, out, trackIndex, options);
         if (status != OK) return status;
     }
-    if (bigBuffer && !seeks) appendPackets(*cache, streamIndex, **out);
+    if (read.bigBuffer && !seeks) appendPackets(*read.cache, read.streamIndex, **out);
     return OK;
 }
 

@@ -14,6 +14,7 @@ namespace orvel {
 using namespace android;
 
 void FFmpegReader::postQueueBuffer(int32_t streamIndex) {
+    mPosted.fetch_add(1, std::memory_order_relaxed);
     if (streamIndex == kAnyStream) {
         mAnyStreamRequest->post();
         return;
@@ -68,6 +69,13 @@ bool FFmpegReader::dropsRequest(int32_t streamIndexWanted) {
 }
 
 void FFmpegReader::onQueueBuffer(const sp<AMessage>& msg) {
+    sp<Cache> served;
+    runPass(msg, &served);
+    // The consumer takes mLock next: woken under it, it would go back to sleep.
+    if (served != nullptr) served->wake();
+}
+
+void FFmpegReader::runPass(const sp<AMessage>& msg, sp<Cache>* served) {
     int32_t streamIndexWanted = kAnyStream;
     const bool complete = msg->findInt32("stream_index", &streamIndexWanted);
     sp<FFmpegObject> object;  // outlives the lock
@@ -89,11 +97,12 @@ void FFmpegReader::onQueueBuffer(const sp<AMessage>& msg) {
     if (isAllTracksFull()) return;
     object = mFFmpegObject.promote();
     if (object == nullptr) return;
-    readPackets(object->mFormatCtx, streamIndexWanted);
+    readPackets(object->mFormatCtx, streamIndexWanted, served);
 }
 
-void FFmpegReader::readPackets(AVFormatContext* context, int32_t streamIndexWanted) {
-    AVPacket* packet = av_packet_alloc();
+void FFmpegReader::readPackets(AVFormatContext* context, int32_t streamIndexWanted,
+                               sp<Cache>* served) {
+    AVPacket* packet = mSpentPackets.take();
     int error = AVERROR(ENOMEM);
     while (packet != nullptr) {
         error = av_read_frame(context, packet);
@@ -106,12 +115,14 @@ void FFmpegReader::readPackets(AVFormatContext* context, int32_t streamIndexWant
             av_packet_unref(packet);
             continue;
         }
-        track->mCache->queueBuffer(packet);
         if (streamIndex == streamIndexWanted || streamIndexWanted == kAnyStream) {
+            track->mCache->append(packet);
+            *served = track->mCache;
             postQueueBuffer(kAnyStream);
             return;
         }
-        packet = av_packet_alloc();
+        track->mCache->queueBuffer(packet);
+        packet = mSpentPackets.take();
         error = AVERROR(ENOMEM);
     }
     endReading(context, error, streamIndexWanted);

@@ -50,7 +50,7 @@ status_t FFmpegReader::seek(int32_t trackIndex, int64_t seekTimeUs, int32_t seek
     msg->setInt64("seekTimeUs", seekTimeUs);
     msg->setInt32("seekmode", seekMode);
     sp<AMessage> response;
-    const status_t status = msg->postAndAwaitResponse(&response);
+    const status_t status = postAndAwait(msg, &response);
     if (status != OK) return status;
     if (response == nullptr) return OK;
     status_t err;

@@ -61,13 +61,24 @@ FFmpegReader::Cache::~Cache() {
     flush();
 }
 
-status_t FFmpegReader::Cache::queueBuffer(AVPacket* packet) {
+status_t FFmpegReader::Cache::append(AVPacket* packet) {
     if (packet == nullptr) return BAD_VALUE;
     ScopedLock<Mutex> lock(mLock);
     mPackets.push(packet);
-    mReady.store(true, std::memory_order_relaxed);
-    mCondition.signal();
+    mCount.store(mPackets.size(), std::memory_order_relaxed);
     return OK;
+}
+
+status_t FFmpegReader::Cache::queueBuffer(AVPacket* packet) {
+    const status_t status = append(packet);
+    if (status == OK) wake();
+    return status;
+}
+
+AVPacket* FFmpegReader::Cache::pop() {
+    AVPacket* packet = mPackets.pop();
+    mCount.store(mPackets.size(), std::memory_order_relaxed);
+    return packet;
 }
 
 void FFmpegReader::Cache::waitForPacketOrEnd() {
@@ -76,12 +87,11 @@ void FFmpegReader::Cache::waitForPacketOrEnd() {
 }
 
 status_t FFmpegReader::Cache::dequeueBuffer(AVPacket** packet) {
-    spinUntil([this] { return mReady.load(std::memory_order_relaxed); });
+    spinUntil([this] { return !empty() || hasEnded(); });
     ScopedLock<Mutex> lock(mLock);
     waitForPacketOrEnd();
     if (mPackets.empty()) return mEOSResult;
-    *packet = mPackets.pop();
-    updateReady();
+    *packet = pop();
     return OK;
 }
 
@@ -93,40 +103,25 @@ status_t FFmpegReader::Cache::showNextBuffer(AVPacket** packet) {
     return OK;
 }
 
-bool FFmpegReader::Cache::empty() {
+AVPacket* FFmpegReader::Cache::takeQueued() {
+    if (empty()) return nullptr;
     ScopedLock<Mutex> lock(mLock);
-    return mPackets.empty();
-}
-
-size_t FFmpegReader::Cache::getCacheSize() {
-    ScopedLock<Mutex> lock(mLock);
-    return mPackets.size();
-}
-
-bool FFmpegReader::Cache::hasEnded() {
-    ScopedLock<Mutex> lock(mLock);
-    return mEOSResult != OK;
+    return mPackets.empty() ? nullptr : pop();
 }
 
 void FFmpegReader::Cache::signalEOS(status_t status) {
     ScopedLock<Mutex> lock(mLock);
     mEOSResult = status;
-    updateReady();
     mCondition.signal();
 }
 
 void FFmpegReader::Cache::flush() {
     ScopedLock<Mutex> lock(mLock);
     while (!mPackets.empty()) {
-        AVPacket* packet = mPackets.pop();
+        AVPacket* packet = pop();
         av_packet_free(&packet);
     }
     mEOSResult = OK;
-    updateReady();
-}
-
-void FFmpegReader::Cache::updateReady() {
-    mReady.store(mEOSResult != OK || !mPackets.empty(), std::memory_order_relaxed);
 }
 
 FFmpegReader::Track::Track(int32_t trackIndex, AVFormatContext* context,

@@ -11,8 +11,11 @@ namespace orvel {
 // packets left are delivered, and then the status, each time. flush opens it again.
 class FFmpegReader::Cache : public android::RefBase {
   public:
-    // Takes ownership and wakes the consumer; BAD_VALUE for null.
+    // Takes ownership and wakes the consumer; BAD_VALUE for null. append does not wake it: a
+    // producer that holds a lock which the consumer will want calls wake when it has released that.
     android::status_t queueBuffer(AVPacket* packet);
+    android::status_t append(AVPacket* packet);
+    void wake() { mCondition.signal(); }
 
     // Waits, without limit, for a packet or the end. OK hands the oldest packet to the caller;
     // otherwise the status that ended the cache.
@@ -21,9 +24,13 @@ class FFmpegReader::Cache : public android::RefBase {
     // As dequeueBuffer, but the packet stays queued and the cache's.
     android::status_t showNextBuffer(AVPacket** packet);
 
-    bool empty();
-    size_t getCacheSize();  // packets, of any size
-    bool hasEnded();
+    // The oldest packet, now the caller's; null, without a wait, when there is none.
+    AVPacket* takeQueued();
+
+    // These do not lock: who needs the answer to last excludes the producer or the consumer.
+    bool empty() const { return getCacheSize() == 0; }
+    size_t getCacheSize() const { return mCount.load(std::memory_order_relaxed); }  // packets
+    bool hasEnded() const { return mEOSResult.load(std::memory_order_relaxed) != android::OK; }
     void signalEOS(android::status_t status);
 
     // Frees the packets and opens the cache. Wakes nobody.
@@ -34,14 +41,14 @@ class FFmpegReader::Cache : public android::RefBase {
 
   private:
     void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
-    void updateReady() ORVEL_REQUIRES(mLock);
+    AVPacket* pop() ORVEL_REQUIRES(mLock);
 
     PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     Mutex mLock;           // the innermost lock: nothing is locked under it
     Condition mCondition;  // a packet was queued, or the end signalled
-    android::status_t mEOSResult ORVEL_GUARDED_BY(mLock) = android::OK;
-    // There is a packet or an end. Written under mLock; a hint to who looks without it.
-    std::atomic<bool> mReady{false};
+    // Written under mLock, read with or without it.
+    std::atomic<android::status_t> mEOSResult{android::OK};
+    std::atomic<size_t> mCount{0};  // the length of mPackets
 };
 
 // A started track. Made and reset on the looper thread under the reader's lock, which also guards

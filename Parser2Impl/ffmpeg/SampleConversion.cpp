@@ -55,43 +55,48 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
         av_packet_free(&packet);
         return UNKNOWN_ERROR;
     }
-    track->mAwaited = false;
+    return convertPacket(trackInfo, *track, packet, out, options);
+}
+
+status_t FFmpegReader::convertPacket(const FFmpegObject::TrackInfo& trackInfo, Track& track,
+                                     AVPacket* packet, IOrvelMediaBuffer** out,
+                                     const ReadOptions* options) {
+    track.mAwaited = false;
 
     if (packet->data != nullptr) {
         const int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
         const int64_t timeUs = av_rescale_q(time, trackInfo.timeBase, kMicroseconds);
 
-        if (track->mBuffer == nullptr) {
+        if (track.mBuffer == nullptr) {
             const bool nonBlocking = options != nullptr && options->getNonBlocking();
-            const bool widens = track->mConversion == Track::Conversion::RawAudio &&
+            const bool widens = track.mConversion == Track::Conversion::RawAudio &&
                                 trackInfo.bitsPerSample == 8;
             const size_t size = static_cast<size_t>(packet->size) * (widens ? 2 : 1);
-            status_t status =
-                    track->mBufferGroup->acquire_buffer(&track->mBuffer, nonBlocking, size);
+            status_t status = track.mBufferGroup->acquire_buffer(&track.mBuffer, nonBlocking, size);
             if (status != OK) {
-                CHECK(track->mBuffer == nullptr);
-            } else if (track->mBuffer == nullptr) {
+                CHECK(track.mBuffer == nullptr);
+            } else if (track.mBuffer == nullptr) {
                 status = NO_MEMORY;
             }
             if (status != OK) {
-                av_packet_free(&packet);
+                mSpentPackets.give(packet);
                 return status;
             }
         }
 
-        switch (track->mConversion) {
+        switch (track.mConversion) {
             case Track::Conversion::RawAudio:
-                processRawAudioBuffer(*track, *packet, trackInfo.bitsPerSample, track->mIsAiff);
+                processRawAudioBuffer(track, *packet, trackInfo.bitsPerSample, track.mIsAiff);
                 break;
             case Track::Conversion::NalUnits:
-                processNALUnitBuffer(*track, *packet, track->mNalLengthSize);
+                processNALUnitBuffer(track, *packet, track.mNalLengthSize);
                 break;
             case Track::Conversion::Copy:
-                copyPacket(*track->mBuffer, *packet);
+                copyPacket(*track.mBuffer, *packet);
                 break;
         }
 
-        OrvelMetaData& meta = track->mBuffer->meta_data();
+        OrvelMetaData& meta = track.mBuffer->meta_data();
         meta.setInt64(kKeyTime, timeUs);
         if ((packet->flags & AV_PKT_FLAG_KEY) != 0) meta.setInt32(kKeyIsSyncFrame, 1);
         int64_t seekTimeUs;
@@ -101,15 +106,15 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
             trackInfo.meta.findCString(kKeyMIMEType, &mime);
             ALOGD("[%s] seekTimeUs:%lld us, actual TimeUs:%lld us", mime,
                   static_cast<long long>(seekTimeUs), static_cast<long long>(timeUs));
-            if (seekMode == ReadOptions::SEEK_CLOSEST && track->mIsVideo && seekTimeUs >= 0) {
-                meta.setInt64(kKeyTargetTime, calculateTargetTimeUs(seekTimeUs, trackInfo, *track));
+            if (seekMode == ReadOptions::SEEK_CLOSEST && track.mIsVideo && seekTimeUs >= 0) {
+                meta.setInt64(kKeyTargetTime, calculateTargetTimeUs(seekTimeUs, trackInfo, track));
             }
         }
     }
 
-    *out = track->mBuffer;
-    track->mBuffer = nullptr;
-    av_packet_free(&packet);
+    *out = track.mBuffer;
+    track.mBuffer = nullptr;
+    mSpentPackets.give(packet);
     return OK;
 }
 
