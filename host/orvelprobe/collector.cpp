@@ -82,7 +82,7 @@ class Collector::Session {
     std::optional<Source> mSource;
     std::optional<host::Extractor> mExtractor;
     std::optional<host::Player> mPlayer;
-    uint64_t mBytesRead = 0;  // of samples, in the read
+    int64_t mBytesRead = 0;  // of samples, in the read
     std::map<size_t, std::unique_ptr<SampleWriter>> mWriters;
     std::optional<Verifier> mVerifier;
 };
@@ -260,8 +260,8 @@ void Collector::Session::plot(TrackReport& track, const host::Buffer& buffer, in
     constexpr size_t kMaxBytes = std::numeric_limits<uint32_t>::max();
     track.plot.push_back({timeUs, static_cast<uint32_t>(std::min(buffer.size(), kMaxBytes)),
                           buffer.isSync().value_or(false)});
-    mBytesRead += buffer.size();
-    mReport.sourceAhead.push_back(static_cast<int64_t>(mSource->coverage().bytes() - mBytesRead));
+    mBytesRead += static_cast<int64_t>(buffer.size());
+    mReport.sourceAhead.push_back(static_cast<int64_t>(mSource->coverage().bytes()) - mBytesRead);
 }
 
 void Collector::Session::openWriters() {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 #include "html_text.h"
@@ -46,8 +47,7 @@ std::vector<int64_t> valuesOf(const Items& items, Get get) {
 
 // What is left when each number is told from the one before it.
 std::vector<int64_t> differences(std::vector<int64_t> values) {
-    for (size_t i = values.size(); i-- > 1;)
-        values[i] -= values[i - 1];
+    std::adjacent_difference(values.begin(), values.end(), values.begin());
     return values;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <sstream>
 
 #include "explain_output.h"
 #include "html_plots.h"
@@ -234,13 +235,16 @@ std::string HtmlSection::toText() const {
 }
 
 HtmlSection HtmlSection::fromText(const std::string& text) {
-    const size_t first = text.find(kFieldEnd), second = text.find(kFieldEnd, first + 1),
-                 third = text.find(kFieldEnd, second + 1);
-    if (first == std::string::npos || second == std::string::npos || third == std::string::npos) {
-        return {};
+    std::istringstream in(text);
+    std::string result;
+    HtmlSection section;
+    if (std::getline(in, result, kFieldEnd)) {
+        section.result = static_cast<Result>(atoi(result.c_str()));
     }
-    return {static_cast<Result>(atoi(text.c_str())), text.substr(first + 1, second - first - 1),
-            text.substr(second + 1, third - second - 1), text.substr(third + 1)};
+    std::getline(in, section.remark, kFieldEnd);
+    std::getline(in, section.cells, kFieldEnd);
+    std::getline(in, section.body, '\0');  // all of the rest
+    return section;
 }
 
 }  // namespace orvel::probe

@@ -48,7 +48,8 @@ std::string base64(const void* data, size_t size) {
 std::string column(const std::vector<int64_t>& values) {
     std::string bytes;
     for (const int64_t value : values) {
-        uint64_t rest = (static_cast<uint64_t>(value) << 1) ^ static_cast<uint64_t>(value >> 63);
+        // Twice the number, or twice what it lacks to -1, and one.
+        uint64_t rest = static_cast<uint64_t>(value < 0 ? ~value : value) << 1 | (value < 0);
         for (; rest > 127; rest >>= 7)
             bytes += static_cast<char>(rest | 128);
         bytes += static_cast<char>(rest);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <sstream>
 
 #include "page.h"
 #include "summary.h"
@@ -69,10 +70,13 @@ std::string TableRow::toText() const {
 }
 
 TableRow TableRow::fromText(const std::string& text) {
-    const size_t first = text.find('\n'), second = text.find('\n', first + 1);
-    if (first == std::string::npos || second == std::string::npos) return {};
-    return {static_cast<Result>(atoi(text.c_str())), text.substr(first + 1, second - first - 1),
-            text.substr(second + 1, text.size() - second - 2)};
+    std::istringstream in(text);
+    std::string result;
+    TableRow row;
+    if (std::getline(in, result)) row.result = static_cast<Result>(atoi(result.c_str()));
+    std::getline(in, row.columns);
+    std::getline(in, row.remark);
+    return row;
 }
 
 void Table::writeRow(const std::string& file, const TableRow& row) {

@@ -6,6 +6,7 @@ namespace orvel::probe {
 namespace {
 
 constexpr int64_t kSecondUs = 1000000;
+constexpr size_t kMaxRanges = 4096;
 constexpr int64_t kRoundingUs = 1000;  // times of many containers are whole milliseconds
 
 size_t perBinFor(size_t count, size_t maxBins) {
@@ -47,7 +48,7 @@ void addRates(const std::vector<PlotSample>& samples, size_t maxRates, TrackPlot
     }
 }
 
-void addSteps(const std::vector<PlotSample>& samples, size_t maxRanges, TrackPlot* plot) {
+void addSteps(const std::vector<PlotSample>& samples, TrackPlot* plot) {
     const int64_t typicalUs = plot->typicalStepUs;
     for (size_t i = 1; i < samples.size(); i++) {
         const int64_t fromUs = samples[i - 1].timeUs, toUs = samples[i].timeUs;
@@ -55,14 +56,14 @@ void addSteps(const std::vector<PlotSample>& samples, size_t maxRanges, TrackPlo
         if (stepUs > typicalUs + typicalUs / 2 + kRoundingUs) {
             plot->gapCount++;
             // From where the sample before it should have ended.
-            if (plot->gaps.size() < maxRanges) plot->gaps.push_back({fromUs + typicalUs, toUs});
+            if (plot->gaps.size() < kMaxRanges) plot->gaps.push_back({fromUs + typicalUs, toUs});
             if (stepUs - typicalUs > plot->longestGapUs) {
                 plot->longestGapUs = stepUs - typicalUs;
                 plot->longestGapAtUs = fromUs + typicalUs;
             }
         } else if (2 * stepUs < typicalUs) {
             plot->overlapCount++;
-            if (plot->overlaps.size() < maxRanges) {
+            if (plot->overlaps.size() < kMaxRanges) {
                 plot->overlaps.push_back({toUs, fromUs + typicalUs});
             }
         }
@@ -93,7 +94,7 @@ TrackPlot plotTrack(std::vector<PlotSample> samples, size_t maxBins, bool contin
                  (continuous ? plot.typicalStepUs : std::min(plot.typicalStepUs, kSecondUs));
     addBins(samples, maxBins, &plot);
     addRates(samples, maxBins, &plot);
-    if (continuous) addSteps(samples, maxBins, &plot);
+    if (continuous) addSteps(samples, &plot);
     return plot;
 }
 

@@ -38,8 +38,8 @@ struct TrackPlot {
     int64_t rateStartUs = 0;
     int64_t rateStepUs = 1000000;
     std::vector<uint64_t> rateBytes;
-    // Steps above 1.5 typical ones (and a millisecond more), and below half of one; the first ones
-    // of each, at most so many as there may be bins.
+    // Steps above 1.5 typical ones (and a millisecond more), and below half of one; of each
+    // the first few thousand.
     std::vector<TimeRange> gaps, overlaps;
     uint64_t gapCount = 0, overlapCount = 0;
     int64_t longestGapUs = 0, longestGapAtUs = 0;

@@ -30,10 +30,12 @@ size_t countOf(const std::string& text, std::string_view part) {
 
 // The numbers of a column of the figure-th plot, by the rules of the page's script.
 std::vector<int64_t> column(const std::string& page, size_t figure, const std::string& name) {
-    size_t at = 0;
-    for (size_t i = 0; i <= figure; i++)
-        at = page.find("<figure", at) + 1;
-    at = page.find("\n" + name + " ", at) + name.size() + 2;
+    size_t at = page.find("<figure");
+    for (size_t i = 0; i < figure && at != std::string::npos; i++)
+        at = page.find("<figure", at + 1);
+    at = page.find("\n" + name + " ", at);
+    if (at == std::string::npos) return {};
+    at += name.size() + 2;
     const std::string text = page.substr(at, page.find('\n', at) - at);
     constexpr std::string_view kDigits =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -43,7 +45,8 @@ std::vector<int64_t> column(const std::string& page, size_t figure, const std::s
     for (const char c : text.substr(0, text.find('='))) {
         bits = bits << 6 | kDigits.find(c);
         if ((count += 6) < 8) continue;
-        const uint64_t byte = bits >> (count -= 8) & 255;
+        const uint64_t byte = bits >> (count -= 8);
+        bits &= (uint64_t{1} << count) - 1;
         value |= (byte & 127) << shift;
         shift += 7;
         if (byte > 127) continue;

@@ -99,7 +99,9 @@ function trackKind(data) {
       const [asked, landed, target] = [wanted, data.landed[i], data.target[i]].map(
           us => Math.min(Math.max(us, from), to));
       const x = plot.clippedX(asked);
-      if (rowHeight > 10) html += label(GUTTER - 6, y + 4, 'end', clock(wanted, wanted < 3600e6 ? 10000 : 1e6));
+      if (rowHeight > 10) {
+        html += label(GUTTER - 6, y + 4, 'end', clock(wanted, wanted < 3600e6 ? 10000 : 1e6));
+      }
       if (data.known[i] & 1) {
         html += line('way', x, y, plot.clippedX(landed), y);
         if (visible(landed)) {
