@@ -62,8 +62,10 @@ status_t FFmpegObject::initialize() {
     mFormatCtx->flags |= AVFMT_FLAG_CUSTOM_IO;
     if (mInputFormat == nullptr) return OK;
 
-    if (av_match_name("mov", mInputFormat->name)) {
-        av_dict_set_int(&mOptions, "ignore_editlist", 1, 0);
+    // Without the option the samples would have other times.
+    if (av_match_name("mov", mInputFormat->name) &&
+        av_dict_set_int(&mOptions, "ignore_editlist", 1, 0) < 0) {
+        return NO_MEMORY;
     }
     int result = avformat_open_input(&mFormatCtx, nullptr, mInputFormat, &mOptions);
     if (result < 0) {

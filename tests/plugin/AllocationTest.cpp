@@ -7,6 +7,9 @@
 
 #include <atomic>
 #include <new>
+#include <optional>
+#include <utility>
+#include <vector>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -57,6 +60,19 @@ AVIOContext* __wrap_avio_alloc_context(unsigned char* buffer, int size, int writ
     if (fails()) return nullptr;
     return __real_avio_alloc_context(buffer, size, writes, opaque, read, write, seek);
 }
+// The library's own, called for what the plug-in keeps.
+int __real_av_dict_set_int(AVDictionary** to, const char* key, int64_t value, int flags);
+int __wrap_av_dict_set_int(AVDictionary** to, const char* key, int64_t value, int flags) {
+    return fails() ? AVERROR(ENOMEM) : __real_av_dict_set_int(to, key, value, flags);
+}
+int __real_av_dict_copy(AVDictionary** to, const AVDictionary* from, int flags);
+int __wrap_av_dict_copy(AVDictionary** to, const AVDictionary* from, int flags) {
+    return fails() ? AVERROR(ENOMEM) : __real_av_dict_copy(to, from, flags);
+}
+int __real_av_get_packet(AVIOContext* from, AVPacket* packet, int size);
+int __wrap_av_get_packet(AVIOContext* from, AVPacket* packet, int size) {
+    return fails() ? AVERROR(ENOMEM) : __real_av_get_packet(from, packet, size);
+}
 // operator new(size_t, const std::nothrow_t&), and the same for arrays.
 void* __real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag);
 void* __wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
@@ -72,7 +88,7 @@ namespace orvel::test {
 namespace {
 
 struct TrackLife {
-    std::vector<std::vector<uint8_t>> samples;
+    std::vector<std::pair<std::optional<int64_t>, Bytes>> samples;  // times in us, and payloads
     android::status_t end = android::OK;
 };
 
@@ -91,7 +107,8 @@ std::vector<TrackLife> live(const Bytes& bytes) {
         extractor->trackFormat(i, host::Extractor::kIncludeExtensiveMetaData, &format);
     host::Player player(*extractor);
     const auto results = player.play({}, [&](size_t index, host::Buffer& buffer) {
-        tracks[index].samples.emplace_back(buffer.data(), buffer.data() + buffer.size());
+        tracks[index].samples.emplace_back(buffer.timeUs(),
+                                           Bytes(buffer.data(), buffer.data() + buffer.size()));
         return true;
     });
     for (size_t i = 0; i < tracks.size(); ++i)
@@ -99,20 +116,31 @@ std::vector<TrackLife> live(const Bytes& bytes) {
     return tracks;
 }
 
-class Allocation : public ::testing::TestWithParam<const char*> {};
+struct File {
+    const char* name;
+    Bytes (*make)();
+};
 
-// Between them, they reach every call that can fail: codec parameters, covers, timed text.
-INSTANTIATE_TEST_SUITE_P(Media, Allocation,
-                         ::testing::Values("mp4_h264_eac3.mp4", "mp4_video_cover.mp4",
-                                           "mp3_cover.mp3", "wav_s16.wav"),
-                         [](const auto& info) {
-                             const std::string name = info.param;
-                             return name.substr(0, name.find('.'));
-                         });
+class Allocation : public ::testing::TestWithParam<File> {};
+
+// Between them, they reach every call that can fail: codec parameters, covers, timed text, a place
+// that lacks its solidus.
+INSTANTIATE_TEST_SUITE_P(
+        Media, Allocation,
+        ::testing::Values(
+                File{"timedText", [] { return mediaBytes("mp4_h264_eac3.mp4"); }},
+                File{"videoCover", [] { return mediaBytes("mp4_video_cover.mp4"); }},
+                File{"cover", [] { return mediaBytes("mp3_cover.mp3"); }},
+                File{"place",
+                     [] {
+                         return id3Tag({{"location", "+48.85+002.29"}}) + mediaBytes("mp3_cbr.mp3");
+                     }},
+                File{"pcm", [] { return mediaBytes("wav_s16.wav"); }}),
+        [](const auto& info) { return info.param.name; });
 
 TEST_P(Allocation, failsOnceAndNothingElseDoes) {
     property_set("mm.enable.orvel_parser", "32767");
-    const Bytes bytes = mediaBytes(GetParam());
+    const Bytes bytes = GetParam().make();
     gFailing = 0;
     gCalls = 0;
     const std::vector<TrackLife> whole = live(bytes);
