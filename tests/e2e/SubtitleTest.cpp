@@ -9,6 +9,7 @@
 
 #include "e2e/SeekFixture.h"
 #include "framework/FaultSource.h"
+#include "support/Mp4Edit.h"
 
 namespace orvel::test {
 
@@ -203,6 +204,24 @@ TEST_P(TimedText, failsAlone) {
         expectRest(*player.track(index), index);
     ASSERT_EQ(text.read(seekTo(0, SeekMode::PreviousSync)).status, OK);
     expectRest(text, 2, 1);
+}
+
+// A text sample that would lie behind the end of the file is the end of its track alone.
+TEST(BrokenText, endsWhereItsSamplesLeaveTheFile) {
+    const MediaFile& file = mediaFile("mp4_h264_eac3.mp4");
+    Bytes bytes = file.bytes();
+    constexpr int kText = 2;
+    const size_t chunks = boxType(bytes, "stco", kText);
+    const uint32_t count = be32(bytes, chunks + 8);
+    putBe32(bytes, chunks + 8 + 4 * count, 0x7FFFFFFF);
+    host::MemorySource source(bytes);
+    const auto extractor = open(source);
+    ASSERT_TRUE(extractor);
+    const Oracle oracle = readOracle(source, file, {0, 1});
+    const auto reads = readTracks(*extractor, {0, 1, kText});
+    EXPECT_EQ(reads[kText].samples.size(), count - 1);
+    EXPECT_EQ(reads[kText].end, ERROR_END_OF_STREAM);
+    expectOracle({reads[0], reads[1]}, file, oracle);
 }
 
 }  // namespace orvel::test
