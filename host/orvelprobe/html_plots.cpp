@@ -154,11 +154,14 @@ std::string cachePlotHtml(const Report& report, size_t maxBins) {
     std::vector<int64_t> ahead = report.sourceAhead;
     if (ahead.empty()) return "";
     const int64_t left = ahead.back();
-    const bool atEnd =
+    // With all samples read nothing is cached any more. Less than none is left where samples are
+    // larger than what they are made of; how much larger each of them is cannot be told.
+    const bool spread =
+            left >= 0 &&
             std::all_of(report.tracks.begin(), report.tracks.end(), [](const TrackReport& track) {
                 return track.read && track.read->end == android::ERROR_END_OF_STREAM;
             });
-    for (size_t i = 0; atEnd && i < ahead.size(); i++) {
+    for (size_t i = 0; spread && i < ahead.size(); i++) {
         ahead[i] -= std::llround(static_cast<double>(left) * static_cast<double>(i + 1) /
                                  static_cast<double>(ahead.size()));
     }
@@ -175,15 +178,16 @@ std::string cachePlotHtml(const Report& report, size_t maxBins) {
             "What the plug-in holds cannot be seen from outside. Shown instead, after each sample "
             "that was read: the bytes of the file that the extractor has got from the source by "
             "then, each counted once, less the bytes delivered as samples. ";
-    text += atEnd ? "Of the " + leftText +
-                            " that were left at the end (headers, container overhead, unread "
-                            "tracks) each sample has taken an equal share with it, so that the "
-                            "plot ends at "
-                            "zero; what stands in front of the samples counts until then, less and "
-                            "less."
-                  : "Headers, container overhead and unread tracks are in it. After the last "
-                    "sample: " +
-                            leftText + ".";
+    if (spread) {
+        text += "Of the " + leftText +
+                " that were left at the end (headers, container overhead, unread tracks) each "
+                "sample has taken an equal share with it: an estimate that ends at zero, too high "
+                "at first by what stands in front of the samples.";
+    } else {
+        text += "Headers, container overhead and unread tracks are in it, and samples that are "
+                "larger than what they are made of take away from it. After the last sample: " +
+                leftText + ".";
+    }
     if (perBin > 1) text += " Each bar is " + countText(perBin) + " samples, least to most.";
     return figure.html(escaped(text));
 }

@@ -7,6 +7,7 @@
 //   sample TIMEUS KEY HEX      KEY: 0 or 1
 //   samples COUNT STEPUS SIZE  so many at once, none a key, behind those before
 //   end STATUS                 what the read behind the last sample returns; -1011 if absent
+//   read BYTES                 read twice from the beginning when the extractor is made
 //   log PRIORITY TEXT          logged while it decides, under the tag FFmpegObject
 //   bit N                      it is taken only if mm.enable.orvel_parser enables this container
 //   on STEP DEED               STEP: sniff create start read (behind the last sample) stop free;
@@ -51,6 +52,7 @@ struct Script {
     std::vector<std::pair<int, std::string>> log;
     int bit = 0;
     int reads = 0;
+    size_t readInCreate = 0;
     off64_t size = -1;
 };
 
@@ -128,6 +130,8 @@ std::shared_ptr<Script> parse(CDataSource* source) {
             std::string text;
             std::getline(words, text);
             script->log.emplace_back(priority, text);
+        } else if (word == "read") {
+            words >> script->readInCreate;
         } else if (word == "bit") {
             words >> script->bit;
         } else if (word == "on") {
@@ -231,8 +235,11 @@ class Extractor : public MediaExtractorPluginHelper {
     const std::shared_ptr<Script> mScript;
 };
 
-CMediaExtractor* create(CDataSource*, void* meta) {
+CMediaExtractor* create(CDataSource* source, void* meta) {
     auto script = *static_cast<std::shared_ptr<Script>*>(meta);
+    std::string buffer(script->readInCreate, '\0');
+    for (int i = 0; i < 2 && !buffer.empty(); i++)
+        source->readAt(source->handle, 0, buffer.data(), buffer.size());
     act(*script, "create");
     __android_log_print(ANDROID_LOG_INFO, "Fake", "fake extractor created");
     return wrap(new Extractor(std::move(script)));

@@ -88,8 +88,9 @@ TEST(Html, everyFileWithItsVerdict_onePageBesideTheUsualOutput) {
 
 TEST(Html, plots_holdEverySampleInTheOrderOfTime) {
     const Workspace work;
-    const RunResult run = work.probe({"--html", work.path("p"), "--seek", "0.05:closest", "--seek",
-                                      "9", "--json", work.file("a", kTwoTracks)});
+    const RunResult run =
+            work.probe({"--html", work.path("p"), "--seek", "0.05:closest", "--seek", "9", "--json",
+                        work.file("a", std::string(kTwoTracks) + "read 160\n")});
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.out[0], '{');
     const std::string page = work.content("p");
@@ -106,9 +107,8 @@ TEST(Html, plots_holdEverySampleInTheOrderOfTime) {
     EXPECT_EQ(column(page, 0, "asked"), (Values{50000, 9000000}));
     EXPECT_EQ(column(page, 0, "landed"), (Values{0, 9000000}));
     EXPECT_EQ(column(page, 0, "known"), (Values{3, 0}));  // the second one landed nowhere
-    // The fake plug-in read its file before the extractor was made, so that nothing of it is ahead
-    // of its 16 bytes of samples: -4, -6, -7, ... -16, and a ninth of the 16 more for each sample.
-    EXPECT_EQ(sums(column(page, 2, "min")), (Values{-2, -2, -2, -1, 0, 1, 0, 1, 0}));
+    // 160 bytes were read, each counts once, and 16 delivered: 144 are left, 16 for each sample.
+    EXPECT_EQ(sums(column(page, 2, "min")), (Values{140, 122, 105, 88, 71, 54, 36, 19, 0}));
     for (const char* text : {"0.050 s", "closest", "target 0.050 s", "no sample: end of stream",
                              "1 gap (longest 1.000 s at 0.160 s)", "1 overlap"}) {
         EXPECT_TRUE(has(page, text)) << text;
