@@ -34,7 +34,9 @@ TEST(Table, everyEndOfAFile_isOneLineInOrderAndOneCount) {
     const RunResult run =
             work.probe({"--read", "--jobs", "3", "--timeout", "1", top, work.path("none")});
     EXPECT_EQ(run.exitCode, 3);
-    EXPECT_EQ(run.err, "");
+    // An emulator, where one runs the command, has its own word about the crash.
+    for (const std::string& line : linesOf(run.err))
+        EXPECT_EQ(line.find("qemu: uncaught target signal 11"), 0u) << line;
     const std::vector<std::string> lines = linesOf(run.out);
     const std::vector<std::string> expected = {
             "RESULT      CONTAINER  DURATION     TRACKS                SAMPLES  SIZE       FILE",
