@@ -36,13 +36,15 @@ class PresentationTimes;
 // Locks. mLock first, then the mLock of one Cache; nothing else is locked under a Cache's lock. A
 // pass holds mLock for its whole length, FFmpeg's blocking reads included; a conversion holds it
 // while it waits for a free buffer and copies. A framework thread that waits for mLock gets it
-// before the next pass. A read that waits for packets holds neither lock. No wait is timed.
+// before the next pass; one that slept until its packet came is given a moment to get there. A read
+// that waits for packets holds neither lock. No wait is timed; before a thread sleeps it looks for
+// as long as a sleep would cost.
 //
 // Lifetime. The container object owns the reader; the reader holds it weakly and promotes it for
-// each use. A promoted reference is dropped after mLock is released and before a reply is posted:
-// whoever waits for the reply may let go of the container object, and with it of the data source
-// that closing it must not need. The last reference to the reader itself may go away on the looper
-// thread, at the end of a delivery.
+// each use but a read of a queued packet, whose caller holds it. A promoted reference is dropped
+// after mLock is released and before a reply is posted: whoever waits for the reply may let go of
+// the container object, and with it of the data source that closing it must not need. The last
+// reference to the reader itself may go away on the looper thread, at the end of a delivery.
 class FFmpegReader : public android::AHandler {
   public:
     class Cache;
@@ -179,11 +181,6 @@ class FFmpegReader : public android::AHandler {
     android::KeyedVector<int32_t, android::sp<Track>> mTracks ORVEL_GUARDED_BY(mLock);
     const android::wp<FFmpegObject> mFFmpegObject;
     android::sp<android::ALooper> mLooper;  // set once by init
-    // Messages posted so far, by any thread, and messages handled.
-    std::atomic<uint32_t> mPosted{0};
-    uint32_t mHandled = 0;  // looper thread only
-    // What was delivered, for the next pass to free.
-    PacketRecycler mSpentPackets ORVEL_GUARDED_BY(mLock);
     // Set once by init and never changed: posted for each packet, often while it is being handled.
     android::sp<android::AMessage> mAnyStreamRequest;
     ReaderMutex mLock;
@@ -200,6 +197,12 @@ class FFmpegReader : public android::AHandler {
     // mReadPaused is for the latter reason. Subtitle tracks go on: they read by the index.
     bool mDemuxerEnded ORVEL_GUARDED_BY(mLock) = false;
     bool mBigBufferMode ORVEL_GUARDED_BY(mLock) = false;
+
+    // What was delivered, for the next pass to free.
+    alignas(kCacheLine) PacketRecycler mSpentPackets ORVEL_GUARDED_BY(mLock);
+    // Messages posted so far, by any thread, and messages handled.
+    alignas(kCacheLine) std::atomic<uint32_t> mPosted{0};
+    uint32_t mHandled = 0;  // looper thread only
 };
 
 }  // namespace orvel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <stddef.h>
 #include <stdint.h>
 #include <time.h>
 
@@ -23,12 +24,19 @@
 
 namespace orvel {
 
-// Waits for condition() in a loop of at most about 50 us: what going to sleep and being woken
+// What two threads write must not share a line with what one of them reads for each sample.
+constexpr size_t kCacheLine = 64;
+
+// What going to sleep and being woken costs, and what a woken thread takes at most until it runs,
+// on usual machines.
+constexpr int64_t kSleepNs = 50000;
+constexpr int64_t kWakeUpNs = 200000;
+
+// Waits for condition() in a loop of about longestNs at most. By default that is what a sleep
 // costs, and enough for a pass over a buffered packet or a conversion to end elsewhere. False when
 // it did not come true; what lasts longer is slept through.
 template <typename Predicate>
-inline bool spinUntil(Predicate condition) {
-    constexpr int64_t kLongestNs = 50000;
+inline bool spinUntil(Predicate condition, int64_t longestNs = kSleepNs) {
     constexpr int kLooksPerClock = 16;  // the clock takes as long as some looks
     int64_t beginNs = 0;
     for (;;) {
@@ -44,7 +52,7 @@ inline bool spinUntil(Predicate condition) {
         clock_gettime(CLOCK_MONOTONIC, &now);
         const int64_t nowNs = now.tv_sec * int64_t{1000000000} + now.tv_nsec;
         if (beginNs == 0) beginNs = nowNs;
-        if (nowNs - beginNs >= kLongestNs) return false;
+        if (nowNs - beginNs >= longestNs) return false;
     }
 }
 
@@ -145,12 +153,13 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
         return false;
     }
 
-    pthread_mutex_t mMutex;
-    Condition mNobodyWaits;        // mWaiting fell to 0 while a pass waited
+    // All that changes hands with the mutex lies in the mutex's own cache line.
+    alignas(kCacheLine) pthread_mutex_t mMutex;
     std::atomic<int> mWaiting{0};  // threads inside lock() that do not have the mutex yet
     bool mPassWaiting = false;     // guarded by mMutex
     // The mutex is held: lets who spins look without taking its cache line from the holder. A hint.
     std::atomic<bool> mHeld{false};
+    alignas(kCacheLine) Condition mNobodyWaits;  // mWaiting fell to 0 while a pass waited
 };
 
 // Holds a Mutex or a ReaderMutex for a scope.

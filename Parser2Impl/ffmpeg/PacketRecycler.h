@@ -50,9 +50,9 @@ class PacketRecycler {
         return packet;
     }
 
-    AVPacket* mPackets[kMaxPackets];
     size_t mCount = 0;
     size_t mBytes = 0;
+    AVPacket* mPackets[kMaxPackets];
 };
 
 }  // namespace orvel

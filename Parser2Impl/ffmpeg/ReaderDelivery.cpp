@@ -24,11 +24,11 @@ struct FFmpegReader::Read {
 };
 
 status_t FFmpegReader::deliverQueued(Read* read, IOrvelMediaBuffer** out) {
-    sp<FFmpegObject> object;  // outlives the lock
     ScopedLock<ReaderMutex> lock(mLock);
-    object = mFFmpegObject.promote();
-    if (object == nullptr) return NO_INIT;
-    const FFmpegObject::TrackInfo& info = object->mTracks[static_cast<size_t>(read->trackIndex)];
+    // The caller came through the container object and holds it. A promotion here would pass its
+    // counters to and fro between this thread and the looper's for each sample.
+    FFmpegObject& object = *mFFmpegObject.unsafe_get();
+    const FFmpegObject::TrackInfo& info = object.mTracks[static_cast<size_t>(read->trackIndex)];
     read->streamIndex = info.streamIndex;
     const sp<Track>& track = mTracks.valueFor(info.streamIndex);
     if (track == nullptr) {

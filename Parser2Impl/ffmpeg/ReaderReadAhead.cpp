@@ -71,8 +71,11 @@ bool FFmpegReader::dropsRequest(int32_t streamIndexWanted) {
 void FFmpegReader::onQueueBuffer(const sp<AMessage>& msg) {
     sp<Cache> served;
     runPass(msg, &served);
-    // The consumer takes mLock next: woken under it, it would go back to sleep.
-    if (served != nullptr) served->wake();
+    // The consumer takes mLock next: woken under it, it would go back to sleep. And it needs a
+    // moment to get there; without it a slow source would make it wait for one more pass.
+    if (served != nullptr && served->wake()) {
+        spinUntil([&served] { return served->empty(); }, kWakeUpNs);
+    }
 }
 
 void FFmpegReader::runPass(const sp<AMessage>& msg, sp<Cache>* served) {

@@ -82,8 +82,21 @@ AVPacket* FFmpegReader::Cache::pop() {
 }
 
 void FFmpegReader::Cache::waitForPacketOrEnd() {
-    while (mEOSResult == OK && mPackets.empty())
+    while (mEOSResult == OK && mPackets.empty()) {
+        mConsumerSleeps = true;
         mCondition.wait(mLock);
+    }
+    mConsumerSleeps = false;
+}
+
+bool FFmpegReader::Cache::wake() {
+    bool sleeps;
+    {
+        ScopedLock<Mutex> lock(mLock);
+        sleeps = mConsumerSleeps;
+    }
+    if (sleeps) mCondition.signal();
+    return sleeps;
 }
 
 status_t FFmpegReader::Cache::dequeueBuffer(AVPacket** packet) {

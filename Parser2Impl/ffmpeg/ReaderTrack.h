@@ -15,7 +15,8 @@ class FFmpegReader::Cache : public android::RefBase {
     // producer that holds a lock which the consumer will want calls wake when it has released that.
     android::status_t queueBuffer(AVPacket* packet);
     android::status_t append(AVPacket* packet);
-    void wake() { mCondition.signal(); }
+    // Whether the consumer was asleep.
+    bool wake();
 
     // Waits, without limit, for a packet or the end. OK hands the oldest packet to the caller;
     // otherwise the status that ended the cache.
@@ -43,12 +44,13 @@ class FFmpegReader::Cache : public android::RefBase {
     void waitForPacketOrEnd() ORVEL_REQUIRES(mLock);
     AVPacket* pop() ORVEL_REQUIRES(mLock);
 
-    PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
-    Mutex mLock;           // the innermost lock: nothing is locked under it
-    Condition mCondition;  // a packet was queued, or the end signalled
+    alignas(kCacheLine) Mutex mLock;  // the innermost lock: nothing is locked under it
     // Written under mLock, read with or without it.
     std::atomic<android::status_t> mEOSResult{android::OK};
     std::atomic<size_t> mCount{0};  // the length of mPackets
+    alignas(kCacheLine) PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
+    Condition mCondition;  // a packet was queued, or the end signalled
+    bool mConsumerSleeps ORVEL_GUARDED_BY(mLock) = false;
 };
 
 // A started track. Made and reset on the looper thread under the reader's lock, which also guards
@@ -69,13 +71,11 @@ class FFmpegReader::Track : public android::RefBase {
     // Packets, as the full rule counts them.
     bool isFull() const;
 
-    android::sp<Cache> mCache;             // set by the constructor, cleared by reset
-    FFmpegObject::TrackInfo* mTrackInfo;   // the container object's
-    OrvelMediaBufferGroup* mBufferGroup;   // owned
-    IOrvelMediaBuffer* mBuffer = nullptr;  // being filled; null between reads
-    AVStream* mStream;                     // the format context's
-    int32_t mSubtitleIndex = 0;  // subtitle tracks: the next entry of the stream's index to read
-
+    android::sp<Cache> mCache;            // set by the constructor, cleared by reset
+    FFmpegObject::TrackInfo* mTrackInfo;  // the container object's
+    OrvelMediaBufferGroup* mBufferGroup;  // owned
+    AVStream* mStream;                    // the format context's
+    int32_t mSubtitleIndex = 0;    // subtitle tracks: the next entry of the stream's index to read
     bool mSubtitleSeeked = false;  // the flush after a seek of mSubtitleIndex has not run
 
     // A read has looked into the cache and not come back with a packet yet: it may be waiting, and
@@ -90,6 +90,9 @@ class FFmpegReader::Track : public android::RefBase {
     size_t mNalLengthSize;  // bytes, for NalUnits
     bool mIsAiff;           // for RawAudio
     bool mIsVideo;          // "mime" begins with "video/"
+
+    // Being filled; null between reads. Written for each sample, which nothing above is.
+    alignas(kCacheLine) IOrvelMediaBuffer* mBuffer = nullptr;
 
   protected:
     ~Track() override;

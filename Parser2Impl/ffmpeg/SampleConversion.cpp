@@ -61,7 +61,7 @@ status_t FFmpegReader::avPacketToMediaBuffer(AVPacket* packet, IOrvelMediaBuffer
 status_t FFmpegReader::convertPacket(const FFmpegObject::TrackInfo& trackInfo, Track& track,
                                      AVPacket* packet, IOrvelMediaBuffer** out,
                                      const ReadOptions* options) {
-    track.mAwaited = false;
+    if (track.mAwaited) track.mAwaited = false;
 
     if (packet->data != nullptr) {
         const int64_t time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
