@@ -100,7 +100,9 @@ class Condition {
 // The reader's mutex: a pthread mutex with default attributes that one thread, the looper with its
 // read-ahead passes, takes again and again, and that any number of framework threads take now and
 // then. A plain mutex would let the looper retake it before a woken framework thread gets to run.
-// Here whoever waits in lock() when lockForPass() is called is served first.
+// Here whoever waits in lock() when lockForPass() is called is served first. The bodies are outside
+// the analysis, which knows nothing of pthread_mutex_t; their attributes are what callers are held
+// to.
 class ORVEL_CAPABILITY("mutex") ReaderMutex {
   public:
     ReaderMutex() { pthread_mutex_init(&mMutex, nullptr); }
