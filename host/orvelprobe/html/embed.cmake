@@ -1,4 +1,4 @@
-# Makes html_assets.cpp of the style and the parts of the script, in their order:
+# Makes html_assets.inc of the style and the parts of the script, in their order:
 #   cmake -D OUT=FILE -P embed.cmake
 file(READ ${CMAKE_CURRENT_LIST_DIR}/page.css style)
 set(script "")
@@ -6,9 +6,7 @@ foreach(part numbers plot page)
   file(READ ${CMAKE_CURRENT_LIST_DIR}/${part}.js text)
   string(APPEND script "${text}\n")
 endforeach()
-file(WRITE ${OUT} "#include \"html_assets.h\"
-
-namespace orvel::probe {
+file(WRITE ${OUT} "namespace orvel::probe {
 
 const char kHtmlStyle[] = R\"page(${style})page\";
 const char kHtmlScript[] = R\"page(${script})page\";
