@@ -202,7 +202,10 @@ class FFmpegReader : public android::AHandler {
     alignas(kCacheLine) PacketRecycler mSpentPackets ORVEL_GUARDED_BY(mLock);
     // Messages posted so far, by any thread, and messages handled.
     alignas(kCacheLine) std::atomic<uint32_t> mPosted{0};
-    uint32_t mHandled = 0;  // looper thread only
+    // Looper thread only.
+    uint32_t mHandled = 0;
+    Spin mLinger{kWakeUpNs};  // for the message after a seek or a flush
+    Spin mWakeUp{kWakeUpNs};  // for a read that was woken
 };
 
 }  // namespace orvel

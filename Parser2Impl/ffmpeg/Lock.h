@@ -32,29 +32,63 @@ constexpr size_t kCacheLine = 64;
 constexpr int64_t kSleepNs = 50000;
 constexpr int64_t kWakeUpNs = 200000;
 
-// Waits for condition() in a loop of about longestNs at most. By default that is what a sleep
-// costs, and enough for a pass over a buffered packet or a conversion to end elsewhere. False when
-// it did not come true; what lasts longer is slept through.
-template <typename Predicate>
-inline bool spinUntil(Predicate condition, int64_t longestNs = kSleepNs) {
-    constexpr int kLooksPerClock = 16;  // the clock takes as long as some looks
-    int64_t beginNs = 0;
-    for (;;) {
-        for (int i = 0; i < kLooksPerClock; ++i) {
-            if (condition()) return true;
-#if defined(__x86_64__)
-            __builtin_ia32_pause();
-#elif defined(__aarch64__)
-            asm volatile("yield");
-#endif
+// Waiting awake, for what is about to come true by another thread's doing. Where it does not (the
+// other thread has no processor, or waits for the source) it gives up after longestNs, and does not
+// even begin for the next waits, the more of them the oftener that happens: what cannot be had in a
+// moment is slept through, and costs no processor time. Any thread.
+class Spin {
+  public:
+    explicit Spin(int64_t longestNs = kSleepNs) : mLongestNs(longestNs) {}
+
+    // Whether the condition came true.
+    template <typename Predicate>
+    bool until(Predicate condition) {
+        if (condition()) return true;
+        const uint32_t skips = mSkips.load(std::memory_order_relaxed);
+        if (skips > 0) {
+            mSkips.store(skips - 1, std::memory_order_relaxed);
+            return false;
         }
-        timespec now;
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        const int64_t nowNs = now.tv_sec * int64_t{1000000000} + now.tv_nsec;
-        if (beginNs == 0) beginNs = nowNs;
-        if (nowNs - beginNs >= longestNs) return false;
+        const bool came = look(condition);
+        if (came) {
+            mFailures.store(0, std::memory_order_relaxed);
+        } else {
+            const uint32_t failures = mFailures.load(std::memory_order_relaxed);
+            mSkips.store((1u << failures) / 2, std::memory_order_relaxed);
+            if (failures < kMostFailures) mFailures.store(failures + 1, std::memory_order_relaxed);
+        }
+        return came;
     }
-}
+
+  private:
+    static constexpr uint32_t kMostFailures = 7;  // 64 waits are skipped then
+
+    template <typename Predicate>
+    bool look(Predicate condition) const {
+        constexpr int kLooksPerClock = 16;  // the clock takes as long as some looks
+        int64_t beginNs = 0;
+        for (;;) {
+            for (int i = 0; i < kLooksPerClock; ++i) {
+#if defined(__x86_64__)
+                __builtin_ia32_pause();
+#elif defined(__aarch64__)
+                asm volatile("yield");
+#endif
+                if (condition()) return true;
+            }
+            timespec now;
+            clock_gettime(CLOCK_MONOTONIC, &now);
+            const int64_t nowNs = now.tv_sec * int64_t{1000000000} + now.tv_nsec;
+            if (beginNs == 0) beginNs = nowNs;
+            if (nowNs - beginNs >= mLongestNs) return false;
+        }
+    }
+
+    const int64_t mLongestNs;
+    // Of successive failures, and of waits that do not even begin. Hints.
+    std::atomic<uint32_t> mFailures{0};
+    std::atomic<uint32_t> mSkips{0};
+};
 
 // A pthread mutex with default attributes; not recursive.
 class ORVEL_CAPABILITY("mutex") Mutex {
@@ -113,7 +147,7 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
     void lock() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
         if (tryLock()) return;
         mWaiting.fetch_add(1);
-        if (!spinUntil([this] { return tryLock(); })) {
+        if (!mLockSpin.until([this] { return tryLock(); })) {
             pthread_mutex_lock(&mMutex);
             mHeld.store(true, std::memory_order_relaxed);
         }
@@ -122,7 +156,7 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
 
     // For the read-ahead pass alone, and so for one thread at a time.
     void lockForPass() ORVEL_ACQUIRE() ORVEL_NO_THREAD_SAFETY_ANALYSIS {
-        if (spinUntil([this] { return tryLockForPass(); })) return;
+        if (mPassSpin.until([this] { return tryLockForPass(); })) return;
         pthread_mutex_lock(&mMutex);
         mPassWaiting = true;
         while (mWaiting.load() > 0)
@@ -162,6 +196,8 @@ class ORVEL_CAPABILITY("mutex") ReaderMutex {
     // The mutex is held: lets who spins look without taking its cache line from the holder. A hint.
     std::atomic<bool> mHeld{false};
     alignas(kCacheLine) Condition mNobodyWaits;  // mWaiting fell to 0 while a pass waited
+    Spin mLockSpin;
+    alignas(kCacheLine) Spin mPassSpin;
 };
 
 // Holds a Mutex or a ReaderMutex for a scope.

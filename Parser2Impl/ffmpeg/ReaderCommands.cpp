@@ -46,7 +46,7 @@ status_t FFmpegReader::postAndAwait(const sp<AMessage>& command, sp<AMessage>* r
 }
 
 void FFmpegReader::lingerForNextMessage() {
-    spinUntil([this] { return mPosted.load(std::memory_order_relaxed) != mHandled; }, kWakeUpNs);
+    mLinger.until([this] { return mPosted.load(std::memory_order_relaxed) != mHandled; });
 }
 
 status_t FFmpegReader::start(int32_t trackIndex, const sp<OrvelMetaData>& params) {

@@ -74,7 +74,7 @@ void FFmpegReader::onQueueBuffer(const sp<AMessage>& msg) {
     // The consumer takes mLock next: woken under it, it would go back to sleep. And it needs a
     // moment to get there; without it a slow source would make it wait for one more pass.
     if (served != nullptr && served->wake()) {
-        spinUntil([&served] { return served->empty(); }, kWakeUpNs);
+        mWakeUp.until([&served] { return served->empty(); });
     }
 }
 

@@ -100,7 +100,7 @@ bool FFmpegReader::Cache::wake() {
 }
 
 status_t FFmpegReader::Cache::dequeueBuffer(AVPacket** packet) {
-    spinUntil([this] { return !empty() || hasEnded(); });
+    mSpin.until([this] { return !empty() || hasEnded(); });
     ScopedLock<Mutex> lock(mLock);
     waitForPacketOrEnd();
     if (mPackets.empty()) return mEOSResult;

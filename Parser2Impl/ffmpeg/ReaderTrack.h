@@ -51,6 +51,7 @@ class FFmpegReader::Cache : public android::RefBase {
     alignas(kCacheLine) PacketQueue mPackets ORVEL_GUARDED_BY(mLock);
     Condition mCondition;  // a packet was queued, or the end signalled
     bool mConsumerSleeps ORVEL_GUARDED_BY(mLock) = false;
+    Spin mSpin;  // the consumer's
 };
 
 // A started track. Made and reset on the looper thread under the reader's lock, which also guards
