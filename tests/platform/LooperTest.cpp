@@ -1,7 +1,6 @@
 #include <errno.h>
 #include <media/stagefright/foundation/ADebug.h>
 #include <media/stagefright/foundation/AMessage.h>
-#include <pthread.h>
 #include <standin/looper_control.h>
 
 #include <functional>
@@ -40,10 +39,7 @@ constexpr uint32_t kFence = 0x66656e63;
 
 // A looper and a handler that records the codes it gets and answers fences.
 struct LooperTest : testing::Test {
-    LooperTest() {
-        looper->setName("a looper with a long name");
-        looper->registerHandler(handler);
-    }
+    LooperTest() { looper->registerHandler(handler); }
     ~LooperTest() override {
         looper->stop();
         standin::useSystemLooperTime();
@@ -109,23 +105,6 @@ TEST_F(LooperTest, Messages_ComeByTimeAndThenInPostingOrder) {
     EXPECT_EQ(delivered(), (std::vector<uint32_t>{3, 4}));
     standin::setLooperTimeUs(5000);
     EXPECT_EQ(delivered(), (std::vector<uint32_t>{1, 6}));
-}
-
-TEST_F(LooperTest, SettingTheClock_WakesTheLooper) {
-    looper->start();
-    for (int64_t round = 1; round <= 100; ++round) {
-        standin::setLooperTimeUs(round * 10);
-        Latch came;
-        handler->function = [&came](const sp<AMessage>& message) {
-            if (message->what() == kFence) return reply(message);
-            came.open();
-        };
-        message(1)->post(5);
-        delivered();
-        std::this_thread::yield();  // most often the looper waits by now
-        standin::setLooperTimeUs(round * 10 + 5);
-        came.wait();
-    }
 }
 
 TEST_F(LooperTest, DelayedMessage_ComesByTheSystemClock) {
@@ -354,18 +333,6 @@ TEST_F(LooperTest, MessagePostedSeveralTimes_IsDroppedByTwoThreads) {
         EXPECT_EQ(other->stop(), OK);
         EXPECT_EQ(request->getStrongCount(), 1);
     }
-}
-
-TEST_F(LooperTest, Thread_HasTheNameThatFits) {
-    char name[32] = "";
-    handler->function = [&](const sp<AMessage>& message) {
-        pthread_getname_np(pthread_self(), name, sizeof(name));
-        reply(message);
-    };
-    looper->start();
-    sp<AMessage> response;
-    message(1)->postAndAwaitResponse(&response);
-    EXPECT_STREQ(name, "a looper with a");
 }
 
 TEST_F(LooperTest, RunOnTheCallingThread_ReturnsWhenAHandlerStopsIt) {

@@ -1,5 +1,4 @@
 #include <media/NdkMediaFormat.h>
-#include <standin/format_entries.h>
 
 #include <memory>
 
@@ -17,7 +16,7 @@ std::string text(const Format& format) {
     return AMediaFormat_toString(format.get());
 }
 
-// A bit for each type whose getter finds the name, in the order of standin::FormatType.
+// A bit for each type whose getter finds the name, in the order of kWrites.
 int typesFound(const Format& format, const char* name) {
     AMediaFormat* f = format.get();
     int32_t i[4];
@@ -68,17 +67,6 @@ TEST(MediaFormat, LastWriteWins_AndOnlyItsOwnTypeIsFound) {
     AMediaFormat_clear(format.get());
     EXPECT_EQ(typesFound(format, "k"), 0);
     EXPECT_EQ(text(format), "");
-}
-
-TEST(MediaFormat, FailedGetter_LeavesItsOutputAlone) {
-    Format format = newFormat();
-    AMediaFormat_setInt32(format.get(), "n", 1);
-    int64_t value = 77;
-    const char* string = "preset";
-    EXPECT_FALSE(AMediaFormat_getInt64(format.get(), "n", &value));
-    EXPECT_FALSE(AMediaFormat_getString(format.get(), "absent", &string));
-    EXPECT_EQ(value, 77);
-    EXPECT_STREQ(string, "preset");
 }
 
 TEST(MediaFormat, StringsAndBuffers_AreOwnCopiesThatStayPut) {
@@ -135,27 +123,6 @@ TEST(MediaFormat, ManyNamesOverTime_AreKeptApart) {
         }
         ASSERT_EQ(text(format), expected);
     }
-}
-
-TEST(MediaFormat, Visit_IsOrderedAndTyped) {
-    Format format = newFormat();
-    AMediaFormat_setString(format.get(), "z", "last");
-    AMediaFormat_setRect(format.get(), "m", 1, 2, 3, 4);
-    AMediaFormat_setBuffer(format.get(), "a", "xyz", 3);
-    std::string seen;
-    standin::forEachEntry(
-            format.get(),
-            [](void* cookie, const char* key, const standin::FormatValue& value) {
-                auto& seen = *static_cast<std::string*>(cookie);
-                seen += key;
-                if (value.string != nullptr) seen += value.string;
-                if (value.data != nullptr) {
-                    seen.append(static_cast<const char*>(value.data), value.dataSize);
-                }
-                seen += static_cast<char>('0' + value.rect[3]);
-            },
-            &seen);
-    EXPECT_EQ(seen, "axyz0m4zlast0");
 }
 
 TEST(MediaFormat, ClearedAndFilledPerSample_DoesNotAllocate) {
