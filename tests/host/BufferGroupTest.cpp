@@ -111,38 +111,6 @@ TEST(BufferGroup, blockedAcquire_wakesOnReleaseAndOnAddBuffer) {
     }
 }
 
-TEST(BufferGroup, buffersStillOut_surviveTheGroupAndGoBackFromAnotherThread) {
-    Buffer first, second;
-    {
-        BufferGroup group;
-        group.init(2, 100, 0);
-        first = take(group, 1);
-        second = take(group, 1);
-    }
-    std::thread([buffer = std::move(first)]() mutable { buffer.reset(); }).join();
-    memset(second.get()->data(second.get()->handle), 1, second.capacity());
-    AMediaFormat_setInt64(second.format().get(), "timeUs", 5);
-    EXPECT_EQ(second.timeUs(), 5);
-}
-
-TEST(BufferGroup, scriptedFailures_meetExactlyTheirCall) {
-    BufferGroup group;
-    group.init(1, 100, 0);
-    group.failAcquire(2, AMEDIA_ERROR_UNKNOWN);
-    group.failAcquire(3, AMEDIA_OK);
-    Buffer buffer = take(group, 1);
-    buffer.reset();
-    EXPECT_EQ(tryAcquire(group, 1, &buffer), AMEDIA_ERROR_UNKNOWN);
-    EXPECT_EQ(tryAcquire(group, 1, &buffer), AMEDIA_OK);
-    EXPECT_FALSE(buffer);
-    EXPECT_TRUE(take(group, 1));
-    EXPECT_EQ(group.acquires(), 4u);
-    EXPECT_EQ(group.outstanding(), 0u);
-
-    group.setMaxBufferSize(120);
-    EXPECT_EQ(take(group, 1000).capacity(), 120u) << "handed out although too small";
-}
-
 TEST(BufferGroup, threadsWithManySizes_neverShareABuffer) {
     BufferGroup group;
     group.init(2, 16, 0);

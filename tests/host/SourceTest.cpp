@@ -13,7 +13,6 @@
 #include "framework/CountingSource.h"
 #include "framework/FaultSource.h"
 #include "framework/FileSource.h"
-#include "framework/LatchSource.h"
 #include "framework/MemorySource.h"
 #include "framework/SourceDecorators.h"
 
@@ -222,38 +221,6 @@ TEST(CountingSource, readsOfSeveralThreads_allCount) {
     EXPECT_EQ(source.faults(), 1u);
     EXPECT_EQ(counting.counts().calls, 3999u);
     EXPECT_EQ(counting.counts().bytes, 3u * 3999u);
-}
-
-TEST(LatchSource, readsAtThePoint_waitForTheReleaseAndOthersDoNot) {
-    MemorySource memory(counted(100));
-    for (bool byCall : {false, true}) {
-        SCOPED_TRACE(byCall ? "armed at a call" : "armed at an offset");
-        LatchSource source(memory);
-        EXPECT_EQ(readCounted(source, 60, 5), 5);
-        if (byCall) {
-            source.armAtCall(3);
-        } else {
-            source.armAtOffset(50);
-        }
-        EXPECT_EQ(readCounted(source, 40, 10), 10);
-        std::thread first([&] { EXPECT_EQ(readCounted(source, 45, 6), 6); });
-        std::thread second([&] { EXPECT_EQ(readCounted(source, 90, 20), 10); });
-        EXPECT_TRUE(source.waitUntilBlocked(2));
-        EXPECT_FALSE(source.waitUntilBlocked(3, std::chrono::milliseconds(1)));
-        source.release();
-        first.join();
-        second.join();
-        EXPECT_EQ(readCounted(source, 90, 1), 1);
-        EXPECT_EQ(source.calls(), 5u);
-    }
-    std::thread reader;
-    {
-        LatchSource source(memory);
-        source.armAtOffset(0);
-        reader = std::thread([&] { EXPECT_EQ(readCounted(source, 0, 4), 4); });
-        EXPECT_TRUE(source.waitUntilBlocked());
-    }  // destruction lets the read go
-    reader.join();
 }
 
 }  // namespace
