@@ -1,5 +1,5 @@
-// The metadata store against the platform's format: every key of every table, and what is not in
-// the tables.
+// The metadata store against the platform's format: keys of every table, and what is not in the
+// tables.
 #include <gtest/gtest.h>
 #include <string.h>
 
@@ -35,36 +35,16 @@ std::vector<std::pair<uint32_t, std::string>> pairs(const char* list) {
     return result;
 }
 
-constexpr char kTexts[] =
-        "albu=album aart=albumartist arti=artist auth=author cdtr=cdtracknum cpil=compilation "
-        "comp=composer date=date dnum=discnum genr=genre loc_=location writ=lyricist "
-        "manu=manufacturer titl=title year=year mime=mime lang=language ffmt=file-format";
-constexpr char kInt64s[] =
-        "exof=exif-offset exsz=exif-size tarT=target-time thbT=thumbnail-time time=timeUs "
-        "dura=durationUs";
+// Keys of every table; the page of all keys, made from the tables, is compared elsewhere. Some have
+// a blank, some lead to the same name.
+constexpr char kTexts[] = "albu=album loc_=location mime=mime ffmt=file-format";
+constexpr char kInt64s[] = "exof=exif-offset time=timeUs dura=durationUs";
 constexpr char kInt32s[] =
-        "autL=loop tmsl=time-scale cryM=crypto-mode cryS=crypto-default-iv-size "
-        "cblk=crypto-encrypted-byte-block sblk=crypto-skip-byte-block nfrm=frame-count "
-        "mxBr=max-bitrate pcmb=pcm-big-endian cLyr=temporal-layer-count iLyr=temporal-layer-id "
-        "thbW=thumbnail-width thbH=thumbnail-height valD=valid-samples caid=ca-system-id "
-        "brte=bitrate trID=track-id widt=width heig=height maxW=max-width maxH=max-height "
-        "dWid=display-width dHgt=display-height sarW=sar-width sarH=sar-height tilW=tile-width "
-        "tilH=tile-height grdR=grid-rows grdC=grid-cols colf=color-format rotA=rotation-degrees "
-        "#chn=channel-count srte=sample-rate bits=bits-per-sample sbit=bits-per-sample "
-        "chnm=channel-mask encd=encoder-delay encp=encoder-padding adts=is-adts aaot=aac-profile "
-        "PCMe=pcm-encoding hapC=haptic-channel-count inpS=max-input-size frmR=frame-rate "
-        "ArbM=use-arbitrary-mode adif=aac-format-adif aacp=aac-format-adif nals=nal-length-size "
-        "bytm=big-buffer-flags extf=extra-flags mibs=min-block-size mabs=max-block-size "
-        "mifs=min-frame-size mafs=max-frame-size";
-constexpr char kBytes[] =
-        "albA=albumart audP=audio-presentation-info pssh=pssh cryI=crypto-iv cryK=crypto-key "
-        "encr=crypto-encrypted-sizes plai=crypto-plain-sizes prof=icc-profile sei_=sei "
-        "text=text-format-data thvc=thumbnail-csd-hevc csd0=csd-0 csd1=csd-1 csd2=csd-2 "
-        "avcc=csd-avc hvcc=csd-hevc seid=ca-session-id cadc=ca-private-data hdrD=hdr10-plus-info "
-        "fvsd=orvel-videoCSD fasd=orvel-audioCSD nacc=aac-codec-specific-data "
-        "rcsd=raw-codec-specific-data";
+        "autL=loop #chn=channel-count bits=bits-per-sample sbit=bits-per-sample "
+        "adif=aac-format-adif aacp=aac-format-adif mifs=min-frame-size mafs=max-frame-size";
+constexpr char kBytes[] = "albA=albumart prof=icc-profile sei_=sei csd0=csd-0 csd1=csd-1";
 
-TEST(MetaData, EveryKey_WritesAndReadsTheFrameworkEntryOfItsName) {
+TEST(MetaData, Keys_WriteAndReadTheFrameworkEntryOfTheirName) {
     OrvelMetaData meta;
     AMediaFormat* format = meta.getHandle();
     int32_t number = 100;

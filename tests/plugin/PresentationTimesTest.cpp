@@ -18,13 +18,6 @@ PresentationTimes snapshot(const Entries& entries, CompositionTable table = {},
     return PresentationTimes(entries.size(), at, std::move(table), movieSamples);
 }
 
-// An open group of pictures: I0 P3 B1 B2 | I6 B4 B5 | P9 B7 B8, time base one frame, dts from 0 on,
-// offsets so that the display number plus 2 is the presentation time.
-const Entries kOpenGop = {{0, 0, true},   {1, 10, false}, {2, 20, false}, {3, 30, false},
-                          {4, 40, true},  {5, 50, false}, {6, 60, false}, {7, 70, false},
-                          {8, 80, false}, {9, 90, false}};
-const std::vector<int32_t> kOpenGopOffsets = {2, 4, 1, 1, 4, 1, 1, 4, 1, 1};
-
 CompositionTable withOffsets(std::vector<int32_t> offsets, int32_t shift = 0) {
     CompositionTable table;
     table.movieOffsets = std::move(offsets);
@@ -32,38 +25,9 @@ CompositionTable withOffsets(std::vector<int32_t> offsets, int32_t shift = 0) {
     return table;
 }
 
-TEST(PresentationTimes, searchClosest_openGop_landsOnTheKeyThatDecodesTheFrame) {
-    const PresentationTimes times = snapshot(kOpenGop, withOffsets(kOpenGopOffsets));
-    const struct {
-        int64_t wanted, target, seek;
-    } cases[] = {
-            {-7, 2, 0},   // before the start
-            {3, 3, 2},    // B1: its own decode time, behind key entry 0
-            {8, 8, 4},    // I6 itself
-            {7, 7, 3},    // B5 leads I6: one before I6, so that backward finds I0
-            {10, 10, 9},  // B8
-            {99, 11, 7},  // beyond the end: P9
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(times.searchClosest(c.wanted, ClosestMode::PresentationTime), c.target)
-                << c.wanted;
-        EXPECT_EQ(times.searchClosest(c.wanted, ClosestMode::SeekTimestamp), c.seek) << c.wanted;
-    }
-    // The same with decode times that start at -2: seeks are shifted, targets are not.
-    Entries shifted = kOpenGop;
-    for (IndexEntry& entry : shifted)
-        entry.timestamp -= 2;
-    const PresentationTimes late = snapshot(shifted, withOffsets(kOpenGopOffsets, 2));
-    EXPECT_EQ(late.searchClosest(7, ClosestMode::PresentationTime), 7);
-    EXPECT_EQ(late.searchClosest(7, ClosestMode::SeekTimestamp), 1 + 2);
-    EXPECT_EQ(late.lastKeyAtOrBefore(4), 4);
-    EXPECT_EQ(late.lastKeyAtOrBefore(3), 0);
-    EXPECT_EQ(late.firstKeyAtOrAfter(1), 4);
-    EXPECT_EQ(late.firstKeyAtOrAfter(5), -1);
-}
-
 TEST(PresentationTimes, pts_behindTheLastOffset_isTheDecodeTime) {
-    const PresentationTimes times = snapshot(kOpenGop, withOffsets({5, -3}, 3));
+    const Entries entries = {{0, 0, true}, {1, 10, false}, {2, 20, false}};
+    const PresentationTimes times = snapshot(entries, withOffsets({5, -3}, 3));
     EXPECT_EQ(times.pts(0), 0 + 3 + 5);
     EXPECT_EQ(times.pts(1), 1 + 3 - 3);
     EXPECT_EQ(times.pts(2), 2);
