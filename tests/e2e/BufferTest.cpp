@@ -47,14 +47,6 @@ TEST(Buffers, oneBufferOfTheLargestInputSizeIsSetUpAndComesBack) {
     EXPECT_EQ(played.group.outstanding(), 0u);
 }
 
-// 64x48 video asks for buffers of 4608 bytes; its key frames can be larger.
-TEST(Buffers, growForAPacketThatIsLarger) {
-    Played played("mp4_small.mp4");
-    ASSERT_NO_FATAL_FAILURE(played.start());
-    EXPECT_EQ(played.group.totalBytes(), 4608u);
-    EXPECT_TRUE(sameSamples(readToEnd(*played.track).samples, played.expected()));
-}
-
 class TooSmallBuffers : public ::testing::TestWithParam<const char*> {};
 
 // One file for each conversion: start codes, widening, swap, plain copy.

@@ -92,24 +92,4 @@ TEST_P(Delivery, givesEverySample) {
     expectOracle(readTracks(*extractor, tracks), file, oracle);
 }
 
-// Each stream's packets do not depend on how the reads are cut.
-TEST(Delivery, oracleItselfDoesNotDependOnTheCutOfReads) {
-    for (const MediaFile& file : filesWithTracks()) {
-        host::MemorySource whole(file.bytes());
-        host::ShortReadSource cut(whole, 1000);
-        const Oracle a = Oracle::read(whole, file.demuxer);
-        const Oracle b = Oracle::read(cut, file.demuxer);
-        ASSERT_EQ(a.streams.size(), b.streams.size()) << file.name;
-        for (size_t i = 0; i < a.streams.size(); ++i) {
-            EXPECT_TRUE(sameSamples(b.streams[i].samples, a.streams[i].samples)) << file.name;
-        }
-    }
-}
-
-TEST(DeclinedSource, readsShorterThanTheProbeNeeds) {
-    host::MemorySource whole(mediaBytes("wav_s16.wav"));
-    host::ShortReadSource source(whole, 1000);
-    EXPECT_FALSE(plugin().sniff(source).taken());
-}
-
 }  // namespace orvel::test

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <media/stagefright/foundation/MediaDefs.h>
 #include <standin/log_control.h>
-#include <stdlib.h>
 
 #include <cstdio>
 #include <cstring>
@@ -196,20 +195,6 @@ TEST(Sniff, shortReadSaysHowShort) {
                                    MEDIA_MIMETYPE_CONTAINER_WAV);
 }
 
-TEST(Sniff, processOfTheNamedAppIsLeftAlone) {
-    const std::string own = getprogname();
-    setprogname("com.tencent.mm:x");
-    const Sniffed declined = sniff(mediaBytes("wav_s16.wav"));
-    setprogname("com.tencent.mn");
-    const Sniffed taken = sniff(mediaBytes("wav_s16.wav"));
-    setprogname(own.c_str());
-    EXPECT_FALSE(declined.taken);
-    EXPECT_EQ(declined.log,
-              std::vector<std::string>{"I Parser2Creater: Sniff, disable ffmpeg parser for "
-                                       "packageName:com.tencent.mm"});
-    EXPECT_TRUE(taken.taken);
-}
-
 TEST(Sniff, costsTwoReadsAndTheSearchForTags) {
     for (const char* name : {"wav_s24.wav", "dsf.dsf"}) {
         host::MemorySource bytes(mediaFile(name).bytes());
@@ -240,27 +225,6 @@ TEST(Sniff, readErrorsNeverDoMoreThanDecline) {
             }
         }
     }
-}
-
-TEST(Library, exportsItsEntryPointAlone) {
-#ifdef ORVEL_SANITIZED
-    GTEST_SKIP() << "sanitizers export symbols of their own";
-#endif
-    FILE* nm = popen("nm -D --defined-only " ORVEL_PLUGIN_PATH, "r");
-    ASSERT_NE(nm, nullptr);
-    std::vector<std::string> names;
-    char name[256];
-    while (std::fscanf(nm, "%*s %*s %255s", name) == 1)
-        names.push_back(name);
-    EXPECT_EQ(pclose(nm), 0);
-    EXPECT_EQ(names, std::vector<std::string>{"GETEXTRACTORDEF"});
-}
-
-TEST(Library, claimsTheExtensionsOfTheMask) {
-    const EnabledContainers mask("16416");
-    EXPECT_EQ(plugin().name(), "OrvelMedia2 Extractor");
-    EXPECT_EQ(plugin().uuid(), "3f9a1c52-e407-4b8d-9621-c05e7ab3d810");
-    EXPECT_EQ(plugin().extensions(), (std::vector<std::string>{"ac3", "eac3", "ec3", "wav"}));
 }
 
 }  // namespace orvel::test
