@@ -1,4 +1,5 @@
-// Why a file was taken or declined: the steps in their order and the sentence.
+// Why a file was taken or declined: the steps in their order and the sentence, where media files
+// do not lead to it.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -25,14 +26,7 @@ TEST(Explain, verdict_saysWhatDecidedAndWhatToChange) {
         return std::vector<std::string>{"--property",
                                         std::string("mm.enable.orvel_parser=") + mask};
     };
-    const auto shortRead = [](const char* got) {
-        return std::string("log 5 Wanna read 1024 bytes, but got ") + got +
-               " bytes, at least we need\n";
-    };
     const Case cases[] = {
-            {"log 2 main audio:aac\n" + matroska,
-             {},
-             "declined: Matroska whose main audio is AAC" + only},
             {"log 2 main audio:none\n" + matroska, {}, "declined: Matroska without audio" + only},
             // A build of the plug-in without verbose lines.
             {matroska, {}, "declined: Matroska whose main audio is neither DTS nor E-AC-3" + only},
@@ -40,9 +34,6 @@ TEST(Explain, verdict_saysWhatDecidedAndWhatToChange) {
              {},
              "declined: Matroska whose streams FFmpeg cannot make out (Bad data); the file is "
              "damaged or cut off"},
-            {shortRead("-1004") + declined,
-             {},
-             "declined: the source could not be read: ERROR_IO (-1004) at offset 103"},
             {"log 6 id3 tag size is corrupted\n" + declined,
              {},
              "declined: its ID3 tags take 3 MiB or more, fewer are skipped; shorten them"},
@@ -54,9 +45,6 @@ TEST(Explain, verdict_saysWhatDecidedAndWhatToChange) {
              {},
              "declined: no container fits, but this FFmpeg lacks 1 demuxer of enabled containers; "
              "build it in"},
-            {"bit 4\n", property("16"),
-             "declined: the property enables no container that fits: Matroska is bit 4; "
-             "mm.enable.orvel_parser=20 takes it"},
             {"bit 4\n", property("0x4"),
              "declined: mm.enable.orvel_parser is \"0x4\", which enables no container (it takes a "
              "decimal number): Matroska is bit 4; mm.enable.orvel_parser=4 takes it"},
@@ -68,33 +56,18 @@ TEST(Explain, verdict_saysWhatDecidedAndWhatToChange) {
             {"bit 4\non sniff crash\n", property("16"),
              "declined: the property enables no container that fits"},
             {declined, {}, "declined: the plug-in left no reason"},
-            {"log 2 main audio:eac3\n" + std::string(kMatroska),
-             {},
-             "taken: Matroska whose main audio is E-AC-3 (probe score 100)"},
             {"log 6 avformat open input failed: Bad data\n" + std::string(kMatroska),
              {},
              "taken: Matroska by its first bytes (probe score 100) and by these alone: FFmpeg "
              "cannot open it (Bad data)"},
-            {"bit 16\n",
-             {},
-             "taken: MP3 by its first bytes (probe score 100, more than 25 is needed)"},
     };
     const Workspace work;
     for (const Case& one : cases) {
         SCOPED_TRACE(one.script);
         std::vector<std::string> arguments = one.options;
         arguments.insert(arguments.end(), {"--explain", "--json"});
-        // The read at the end of the script is the last one before the lines.
         arguments.push_back(work.file("f", "FAKE\n" + one.script));
-        Json explain = Json::parse(work.probe(arguments).out)["explain"];
-        std::string verdict = one.verdict;
-        const std::string at = " at offset 103";
-        const size_t offset = verdict.find(at);
-        if (offset != std::string::npos) {
-            verdict.replace(offset, at.size(),
-                            " at offset " + std::to_string(5 + one.script.size()));
-        }
-        EXPECT_EQ(explain["verdict"], verdict);
+        EXPECT_EQ(Json::parse(work.probe(arguments).out)["explain"]["verdict"], one.verdict);
     }
 }
 

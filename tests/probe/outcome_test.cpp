@@ -135,15 +135,6 @@ TEST(Outcome, manyFiles_stayInOrderAndOneBrokenFileIsItsOwnAffair) {
     }
 }
 
-TEST(Outcome, crashWhileClosing_keepsWhatWasRead) {
-    const Workspace work;
-    const std::string path = work.file("f", good("on stop crash"));
-    const std::vector<Json> objects = lines(work.probe({"--json", "--samples", path}).out);
-    ASSERT_EQ(objects.size(), 1u);
-    EXPECT_EQ(objects[0]["tracks"][0]["samples"].size(), 2u);
-    EXPECT_NE(objects[0]["error"].get<std::string>().find("closed"), std::string::npos);
-}
-
 TEST(Outcome, libraryThatPrints_doesNotReachStdout) {
     const Workspace work;
     const RunResult run = work.probe({"--json", work.file("f", good("on sniff print"))});
