@@ -13,6 +13,7 @@
 #include "framework/CountingSource.h"
 #include "framework/FaultSource.h"
 #include "framework/FileSource.h"
+#include "framework/LatchSource.h"
 #include "framework/MemorySource.h"
 #include "framework/SourceDecorators.h"
 
@@ -221,6 +222,19 @@ TEST(CountingSource, readsOfSeveralThreads_allCount) {
     EXPECT_EQ(source.faults(), 1u);
     EXPECT_EQ(counting.counts().calls, 3999u);
     EXPECT_EQ(counting.counts().bytes, 3u * 3999u);
+}
+
+TEST(LatchSource, destruction_letsTheReadGo) {
+    MemorySource memory(counted(100));
+    std::thread reader;
+    {
+        LatchSource source(memory);
+        source.armAtOffset(50);
+        EXPECT_EQ(readCounted(source, 40, 10), 10);
+        reader = std::thread([&] { EXPECT_EQ(readCounted(source, 45, 6), 6); });
+        EXPECT_TRUE(source.waitUntilBlocked());
+    }
+    reader.join();
 }
 
 }  // namespace
