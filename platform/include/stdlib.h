@@ -6,9 +6,7 @@
 #define ORVEL_PLATFORM_STDLIB_H
 
 #pragma GCC visibility push(default)
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 // The name of the process: on a device that of the package. Never null; any thread. The text stays
 // valid when another name is set.
@@ -17,9 +15,7 @@ const char* getprogname(void);
 // Keeps a copy of what follows the last slash of `name`.
 void setprogname(const char* name);
 
-#ifdef __cplusplus
-}
-#endif
+}  // extern "C"
 #pragma GCC visibility pop
 
 #endif  // ORVEL_PLATFORM_STDLIB_H

@@ -2,7 +2,6 @@
 
 #include "LooperCore.h"
 #include "LooperRoster.h"
-#include "LooperThreads.h"
 
 namespace android {
 
@@ -25,16 +24,12 @@ void ALooper::unregisterHandler(handler_id handlerId) {
     LooperRoster::instance().unregisterHandler(handlerId);
 }
 
-status_t ALooper::start(bool runOnCallingThread, bool /* canCallJava */, int32_t /* priority */) {
-    return mCore->start(mName, runOnCallingThread);
+status_t ALooper::start() {
+    return mCore->start(mName);
 }
 
 status_t ALooper::stop() {
     return mCore->stop();
-}
-
-int64_t ALooper::GetNowUs() {
-    return standin::looperTimeUs();
 }
 
 AHandler::AHandler() = default;

@@ -1,15 +1,16 @@
 #include <android/log.h>
 #include <errno.h>
-#include <standin/log_control.h>
+#include <standin/LogControl.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <mutex>
+#include <shared_mutex>
 
 #include "LogInternal.h"
-#include "Monitor.h"
 
 namespace {
 
@@ -20,9 +21,9 @@ struct Hook {
     static constexpr int kNone = ANDROID_LOG_SILENT + 1;
 
     // Shared while the hook runs, exclusive to change it: a change waits for calls under way.
-    standin::SharedMutex lock;
-    standin::LogHook call ORVEL_TSA(guarded_by(lock)) = nullptr;
-    void* cookie ORVEL_TSA(guarded_by(lock)) = nullptr;
+    std::shared_mutex lock;
+    standin::LogHook call = nullptr;  // guarded by lock, as the cookie
+    void* cookie = nullptr;
     // The least priority that it is called for, so that a line nobody wants costs no lock.
     std::atomic<int> level{kNone};
 };
@@ -72,7 +73,7 @@ void print(int priority, const char* tag, const char* text) {
 void callHook(int priority, const char* tag, const char* text) {
     Hook& target = hook();
     if (tInHook || priority < target.level.load(std::memory_order_acquire)) return;
-    standin::SharedAutolock hold(target.lock);
+    std::shared_lock hold(target.lock);
     if (target.call == nullptr) return;
     tInHook = true;
     target.call(target.cookie, priority, tag, text);
@@ -98,7 +99,7 @@ bool logWanted(int priority) {
 
 void setLogHook(LogHook call, void* cookie, int minPriority) {
     Hook& target = hook();
-    Autolock hold(target.lock);
+    std::unique_lock hold(target.lock);
     target.call = call;
     target.cookie = cookie;
     target.level.store(call != nullptr ? minPriority : Hook::kNone, std::memory_order_release);

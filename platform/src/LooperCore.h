@@ -14,32 +14,23 @@
 namespace android {
 
 // References: the ALooper, the thread while it runs, reply tokens, and each sender while it waits.
-// Lock order: the list of looper threads (LooperThreads.h), then mLock. Messages are never
-// destroyed under mLock: what they refer to may call back.
+// Messages are never destroyed under mLock: what they refer to may call back.
 class LooperCore : public RefBase {
   public:
     // As those of ALooper.
-    status_t start(const std::string& name, bool runOnCallingThread);
+    status_t start(const std::string& name);
     status_t stop();
-    status_t post(const sp<AMessage>& message, int64_t delayUs);
+    status_t post(const sp<AMessage>& message);
 
     // Posts a message with a reply token and waits.
     status_t postAndAwait(const sp<AMessage>& message, sp<AMessage>* response);
     // -ENOENT when that sender does not wait any more.
     status_t reply(uint64_t waiterId, const sp<AMessage>& response);
     // The token is gone or was dropped with its message: ends the wait of its sender, if any.
-    void abandon(uint64_t waiterId);
-
-    // The looper's clock was set.
-    void wake();
+    void abandon(uint64_t waiterId) { reply(waiterId, nullptr); }
 
   private:
-    static constexpr int64_t kAtOnce = 0;
-
-    struct Event {
-        int64_t whenUs;  // kAtOnce, or by the looper's clock
-        sp<AMessage> message;
-    };
+    enum class State { NotStarted, Running, Stopped };
 
     // On the stack of a sender that waits.
     struct Waiter {
@@ -49,10 +40,9 @@ class LooperCore : public RefBase {
         Waiter* next = nullptr;
     };
 
-    status_t startThread(const std::string& name, bool runOnCallingThread, uint32_t* runId);
     static void* threadMain(void* arguments);
-    void run(uint32_t runId);
-    sp<AMessage> nextMessage(uint32_t runId);
+    void run();
+    sp<AMessage> nextMessage();
     // False when there is no such waiter. The caller signals mWaitEnded.
     bool endWait(uint64_t waiterId, const sp<AMessage>& response)
             ORVEL_TSA(requires_capability(mLock));
@@ -63,18 +53,12 @@ class LooperCore : public RefBase {
     // woken sender that finds it held would go back to sleep.
     standin::Condition mWaitEnded;
 
-    // Ordered by time, equal times by posting. What is before mHead is delivered; a vector with a
-    // moving start, so that posting does not allocate once the queue has had its usual length.
-    std::vector<Event> mQueue ORVEL_TSA(guarded_by(mLock));
+    // What is before mHead is delivered: a vector with a moving start, so that posting does not
+    // allocate once the queue has had its usual length.
+    std::vector<sp<AMessage>> mQueue ORVEL_TSA(guarded_by(mLock));
     size_t mHead ORVEL_TSA(guarded_by(mLock)) = 0;
-
-    bool mRunning ORVEL_TSA(guarded_by(mLock)) = false;
-    // A looper that was stopped takes no messages until it is started again.
-    bool mStopped ORVEL_TSA(guarded_by(mLock)) = false;
-    // Tells a thread that has not noticed the stop yet from the one of a later start.
-    uint32_t mRunId ORVEL_TSA(guarded_by(mLock)) = 0;
-    bool mRunsOnCaller ORVEL_TSA(guarded_by(mLock)) = false;
-    pthread_t mThread ORVEL_TSA(guarded_by(mLock)) = {};  // while mRunning
+    State mState ORVEL_TSA(guarded_by(mLock)) = State::NotStarted;
+    pthread_t mThread ORVEL_TSA(guarded_by(mLock)) = {};  // while running
 
     Waiter* mWaiters ORVEL_TSA(guarded_by(mLock)) = nullptr;
     uint64_t mLastWaiterId ORVEL_TSA(guarded_by(mLock)) = 0;

@@ -1,26 +1,21 @@
 #include "LooperThreads.h"
 
-#include <standin/looper_control.h>
-#include <time.h>
+#include <standin/LooperControl.h>
 
-#include <algorithm>
 #include <atomic>
-#include <vector>
 
-#include "LooperCore.h"
 #include "Monitor.h"
 
 namespace standin {
 
 namespace {
 
-constexpr int64_t kRealTime = -1;
-std::atomic<int64_t> gTimeUs{kRealTime};
+std::atomic<size_t> gLongestQueue{0};
 
 struct Threads {
     Mutex lock;
     Condition removed;
-    std::vector<android::LooperCore*> cores ORVEL_TSA(guarded_by(lock));
+    int count ORVEL_TSA(guarded_by(lock)) = 0;
 };
 
 // Never destroyed: a detached thread may be the last of the process.
@@ -29,60 +24,35 @@ Threads& threads() {
     return instance;
 }
 
-void setTime(int64_t nowUs) {
-    gTimeUs.store(nowUs, std::memory_order_release);
-    // A thread that is not in the list yet will read the new time.
-    Threads& all = threads();
-    Autolock hold(all.lock);
-    for (android::LooperCore* core : all.cores)
-        core->wake();
-}
-
 }  // namespace
 
-void addLooperThread(android::LooperCore* core) {
+void addLooperThread() {
     Threads& all = threads();
     Autolock hold(all.lock);
-    all.cores.push_back(core);
+    ++all.count;
 }
 
-void removeLooperThread(android::LooperCore* core) {
+void removeLooperThread() {
     Threads& all = threads();
     Autolock hold(all.lock);
-    all.cores.erase(std::find(all.cores.begin(), all.cores.end(), core));
+    --all.count;
     all.removed.broadcast();
 }
 
-int64_t looperTimeUs() {
-    int64_t set = gTimeUs.load(std::memory_order_acquire);
-    if (set != kRealTime) return set;
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return int64_t{now.tv_sec} * 1000000 + now.tv_nsec / 1000;
+void noteQueueLength(size_t messages) {
+    size_t longest = gLongestQueue.load(std::memory_order_relaxed);
+    while (messages > longest && !gLongestQueue.compare_exchange_weak(longest, messages)) {
+    }
 }
 
-bool looperTimeIsReal() {
-    return gTimeUs.load(std::memory_order_acquire) == kRealTime;
-}
-
-void setLooperTimeUs(int64_t nowUs) {
-    setTime(std::max<int64_t>(nowUs, 0));
-}
-
-void useSystemLooperTime() {
-    setTime(kRealTime);
-}
-
-size_t looperThreadCount() {
-    Threads& all = threads();
-    Autolock hold(all.lock);
-    return all.cores.size();
+size_t takeLongestLooperQueue() {
+    return gLongestQueue.exchange(0);
 }
 
 void waitForLooperThreads() {
     Threads& all = threads();
     Autolock hold(all.lock);
-    while (!all.cores.empty())
+    while (all.count > 0)
         all.removed.wait(all.lock);
 }
 

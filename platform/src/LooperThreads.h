@@ -1,21 +1,15 @@
-// The threads that run loopers at this moment, and the clock that they go by. Any thread.
+// How many threads run loopers at this moment. Any thread.
 #pragma once
 
-#include <stdint.h>
-
-namespace android {
-class LooperCore;
-}
+#include <stddef.h>
 
 namespace standin {
 
-// From before the thread is made until it has handled its last message. `core` stays alive
-// meanwhile. Neither is called under the lock of a LooperCore.
-void addLooperThread(android::LooperCore* core);
-void removeLooperThread(android::LooperCore* core);
+// From before the thread is made until it has released all that it held.
+void addLooperThread();
+void removeLooperThread();
 
-int64_t looperTimeUs();
-// False when the system's clock is replaced by one that tests set.
-bool looperTimeIsReal();
+// A looper's queue has this many messages.
+void noteQueueLength(size_t messages);
 
 }  // namespace standin

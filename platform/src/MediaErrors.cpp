@@ -17,7 +17,9 @@ constexpr Pair kPairs[] = {
         {OK, AMEDIA_OK},
         {ERROR_END_OF_STREAM, AMEDIA_ERROR_END_OF_STREAM},
         {ERROR_IO, AMEDIA_ERROR_IO},
-        {WOULD_BLOCK, AMEDIA_ERROR_WOULD_BLOCK},
+        {ERROR_MALFORMED, AMEDIA_ERROR_MALFORMED},
+        {INVALID_OPERATION, AMEDIA_ERROR_INVALID_OPERATION},
+        {UNKNOWN_ERROR, AMEDIA_ERROR_UNKNOWN},
 };
 
 }  // namespace
@@ -31,8 +33,10 @@ media_status_t translate_error(status_t status) {
 }
 
 status_t reverse_translate_error(media_status_t status) {
+    if (status == AMEDIA_ERROR_WOULD_BLOCK) return WOULD_BLOCK;
     for (const Pair& pair : kPairs) {
         if (pair.media == status) return pair.status;
     }
+    ALOGE("media error code: %d", status);
     return UNKNOWN_ERROR;
 }

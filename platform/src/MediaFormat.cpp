@@ -15,9 +15,6 @@ namespace {
 // A removed entry gives storage above this back: album art should not outlive its use.
 constexpr size_t kMaxKeptBytes = 4096;
 
-// Beyond this many entries, a place that is not in use is taken for the next new name.
-constexpr size_t kMaxIdleEntries = 64;
-
 bool isNamed(const AMediaFormat::Entry& entry, const char* name, size_t length) {
     return entry.name.size() == length && memcmp(entry.name.data(), name, length) == 0;
 }
@@ -34,21 +31,12 @@ const AMediaFormat::Entry* AMediaFormat::find(const char* name, FormatType type)
 }
 
 AMediaFormat::Entry& AMediaFormat::set(const char* name, FormatType type) {
-    size_t length = strlen(name);
+    const size_t length = strlen(name);
     Entry* place = nullptr;
     for (Entry& entry : mEntries) {
-        if (isNamed(entry, name, length)) {
-            place = &entry;
-            break;
-        }
-    }
-    if (place == nullptr && mEntries.size() >= kMaxIdleEntries) {
-        for (Entry& entry : mEntries) {
-            if (entry.present) continue;
-            entry.name.assign(name, length);
-            place = &entry;
-            break;
-        }
+        if (!isNamed(entry, name, length)) continue;
+        place = &entry;
+        break;
     }
     if (place == nullptr) {
         place = &mEntries.emplace_back();
@@ -67,6 +55,7 @@ void AMediaFormat::setBytes(const char* name, FormatType type, const void* data,
 void AMediaFormat::clear() {
     for (Entry& entry : mEntries) {
         entry.present = false;
+        entry.lentText.reset();
         if (entry.bytes.capacity() > kMaxKeptBytes) std::string().swap(entry.bytes);
     }
 }
@@ -110,12 +99,6 @@ const char* AMediaFormat::toString() {
             case FormatType::Float:
                 snprintf(value, sizeof(value), "float(%f)", static_cast<double>(entry->float32));
                 break;
-            case FormatType::Double:
-                snprintf(value, sizeof(value), "double(%f)", entry->float64);
-                break;
-            case FormatType::Size:
-                snprintf(value, sizeof(value), "size_t(%zu)", entry->size);
-                break;
             case FormatType::String:
                 mText += "string(" + entry->bytes + ")";
                 continue;
@@ -148,12 +131,6 @@ void standin::forEachEntry(const AMediaFormat* format,
                 break;
             case FormatType::Float:
                 value.floatValue = entry->float32;
-                break;
-            case FormatType::Double:
-                value.doubleValue = entry->float64;
-                break;
-            case FormatType::Size:
-                value.sizeValue = entry->size;
                 break;
             case FormatType::String:
                 value.string = entry->bytes.c_str();

@@ -2,9 +2,10 @@
 #pragma once
 
 #include <media/NdkMediaFormat.h>
-#include <standin/format_entries.h>
+#include <standin/FormatEntries.h>
 
 #include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,11 +22,10 @@ struct AMediaFormat {
             int32_t int32;
             int64_t int64;
             float float32;
-            double float64;
-            size_t size;
             int32_t rect[4] = {};
         };
-        std::string bytes;  // of String and Buffer
+        std::string bytes;                              // of String and Buffer
+        mutable std::unique_ptr<std::string> lentText;  // what the last get of a String gave out
     };
 
     // The entry of that name and type, or null.

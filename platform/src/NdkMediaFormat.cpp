@@ -51,18 +51,6 @@ bool AMediaFormat_getFloat(AMediaFormat* format, const char* name, float* out) {
     return entry != nullptr;
 }
 
-bool AMediaFormat_getDouble(AMediaFormat* format, const char* name, double* out) {
-    const AMediaFormat::Entry* entry = format->find(name, FormatType::Double);
-    if (entry != nullptr) *out = entry->float64;
-    return entry != nullptr;
-}
-
-bool AMediaFormat_getSize(AMediaFormat* format, const char* name, size_t* out) {
-    const AMediaFormat::Entry* entry = format->find(name, FormatType::Size);
-    if (entry != nullptr) *out = entry->size;
-    return entry != nullptr;
-}
-
 bool AMediaFormat_getRect(AMediaFormat* format, const char* name, int32_t* left, int32_t* top,
                           int32_t* right, int32_t* bottom) {
     const AMediaFormat::Entry* entry = format->find(name, FormatType::Rect);
@@ -76,8 +64,11 @@ bool AMediaFormat_getRect(AMediaFormat* format, const char* name, int32_t* left,
 
 bool AMediaFormat_getString(AMediaFormat* format, const char* name, const char** out) {
     const AMediaFormat::Entry* entry = format->find(name, FormatType::String);
-    if (entry != nullptr) *out = entry->bytes.c_str();
-    return entry != nullptr;
+    if (entry == nullptr) return false;
+    // The new text is made before the old one goes: whoever kept the old one holds freed memory.
+    entry->lentText = std::make_unique<std::string>(entry->bytes);
+    *out = entry->lentText->c_str();
+    return true;
 }
 
 bool AMediaFormat_getBuffer(AMediaFormat* format, const char* name, void** data, size_t* size) {
@@ -98,14 +89,6 @@ void AMediaFormat_setInt64(AMediaFormat* format, const char* name, int64_t value
 
 void AMediaFormat_setFloat(AMediaFormat* format, const char* name, float value) {
     format->set(name, FormatType::Float).float32 = value;
-}
-
-void AMediaFormat_setDouble(AMediaFormat* format, const char* name, double value) {
-    format->set(name, FormatType::Double).float64 = value;
-}
-
-void AMediaFormat_setSize(AMediaFormat* format, const char* name, size_t value) {
-    format->set(name, FormatType::Size).size = value;
 }
 
 void AMediaFormat_setRect(AMediaFormat* format, const char* name, int32_t left, int32_t top,

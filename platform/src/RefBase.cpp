@@ -5,22 +5,20 @@
 
 namespace android {
 
-// Every decrement is both release and acquire: who deletes has seen all that others did before they
-// let go. (A fence after the last one would do, but the thread sanitizer does not see fences.)
+// Every decrement is both release and acquire: the thread that deletes sees all writes of the
+// threads that released before. (A fence after the last one would do, but the thread sanitizer does
+// not see fences.)
 
-RefBase::RefBase() : mRefs(new weakref_type(this)) {}
+RefBase::RefBase() : mRefs(new weakref_type) {}
 
 RefBase::~RefBase() {
     // From here on no promotion succeeds, also for an object that never had a strong reference.
     int32_t strong = mRefs->mStrong.exchange(0, std::memory_order_acq_rel);
     LOG_ALWAYS_FATAL_IF(strong != 0 && strong != kNeverReferenced,
                         "object %p destroyed with %d strong references", this, strong);
+    if (strong != 0) ALOGW("object %p never had a strong reference; hold it by sp", this);
     mRefs->decWeak(this);
 }
-
-void RefBase::onFirstRef() {}
-
-void RefBase::onLastStrongRef(const void* /* id */) {}
 
 void RefBase::incStrong(const void* /* id */) const {
     int32_t before = mRefs->mStrong.fetch_add(1, std::memory_order_relaxed);
@@ -29,16 +27,13 @@ void RefBase::incStrong(const void* /* id */) const {
         return;
     }
     mRefs->mStrong.fetch_sub(kNeverReferenced, std::memory_order_relaxed);
-    const_cast<RefBase*>(this)->onFirstRef();
 }
 
-void RefBase::decStrong(const void* id) const {
+void RefBase::decStrong(const void* /* id */) const {
     int32_t before = mRefs->mStrong.fetch_sub(1, std::memory_order_acq_rel);
     LOG_ALWAYS_FATAL_IF(before <= 0 || before == kNeverReferenced,
                         "strong reference to %p released twice", this);
-    if (before != 1) return;
-    const_cast<RefBase*>(this)->onLastStrongRef(id);
-    delete this;
+    if (before == 1) delete this;
 }
 
 int32_t RefBase::getStrongCount() const {
@@ -67,7 +62,6 @@ bool RefBase::weakref_type::attemptIncStrong(const void* /* id */) {
                                             std::memory_order_relaxed));
     if (strong == kNeverReferenced) {
         mStrong.fetch_sub(kNeverReferenced, std::memory_order_relaxed);
-        mBase->onFirstRef();
     }
     return true;
 }

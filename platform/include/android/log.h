@@ -1,14 +1,12 @@
 // The platform log. Every function may be called from any thread; lines are written whole.
-// A line that neither the level nor a hook asks for (<standin/log_control.h>) is not even
+// A line that neither the level nor a hook asks for (<standin/LogControl.h>) is not even
 // formatted.
 #pragma once
 
 #include <stdarg.h>
 
 #pragma GCC visibility push(default)
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 typedef enum android_LogPriority {
     ANDROID_LOG_UNKNOWN = 0,
@@ -38,7 +36,5 @@ int __android_log_vprint(int priority, const char* tag, const char* format, va_l
 void __android_log_assert(const char* condition, const char* tag, const char* format, ...)
         __attribute__((__noreturn__, __format__(printf, 3, 4)));
 
-#ifdef __cplusplus
-}
-#endif
+}  // extern "C"
 #pragma GCC visibility pop

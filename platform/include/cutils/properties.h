@@ -2,9 +2,7 @@
 #pragma once
 
 #pragma GCC visibility push(default)
-#ifdef __cplusplus
 extern "C" {
-#endif
 
 // Size of a buffer for a value: 91 characters and the terminating zero.
 #define PROPERTY_VALUE_MAX 92
@@ -18,7 +16,5 @@ int property_get(const char* key, char* value, const char* default_value);
 // of more than 91 characters, which leaves the old value in place.
 int property_set(const char* key, const char* value);
 
-#ifdef __cplusplus
-}
-#endif
+}  // extern "C"
 #pragma GCC visibility pop

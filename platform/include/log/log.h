@@ -26,11 +26,6 @@
 #define ALOGW(...) ((void)__android_log_print(ANDROID_LOG_WARN, LOG_TAG, __VA_ARGS__))
 #define ALOGE(...) ((void)__android_log_print(ANDROID_LOG_ERROR, LOG_TAG, __VA_ARGS__))
 
-#define ALOGD_IF(condition, ...) ((condition) ? ALOGD(__VA_ARGS__) : (void)0)
-#define ALOGI_IF(condition, ...) ((condition) ? ALOGI(__VA_ARGS__) : (void)0)
-#define ALOGW_IF(condition, ...) ((condition) ? ALOGW(__VA_ARGS__) : (void)0)
-#define ALOGE_IF(condition, ...) ((condition) ? ALOGE(__VA_ARGS__) : (void)0)
-
 #define LOG_ALWAYS_FATAL(...) __android_log_assert(nullptr, LOG_TAG, __VA_ARGS__)
 #define LOG_ALWAYS_FATAL_IF(condition, ...)                           \
     (__builtin_expect(!!(condition), false)                           \

@@ -111,10 +111,10 @@ typedef struct {
     } u;
 } ExtractorDef;
 
-const uint32_t EXTRACTORDEF_VERSION_NDK_V1 = 1;
-const uint32_t EXTRACTORDEF_VERSION_NDK_V2 = 2;
-const uint32_t EXTRACTORDEF_VERSION_NDK_V3 = 3;
-const uint32_t EXTRACTORDEF_VERSION = EXTRACTORDEF_VERSION_NDK_V3;
+const uint32_t EXTRACTORDEF_VERSION_LEGACY = 1;
+const uint32_t EXTRACTORDEF_VERSION_NDK_V1 = 2;
+const uint32_t EXTRACTORDEF_VERSION_NDK_V2 = 3;
+const uint32_t EXTRACTORDEF_VERSION = EXTRACTORDEF_VERSION_NDK_V2;
 
 // The function that a plug-in exports under the name GETEXTRACTORDEF.
 typedef ExtractorDef (*GetExtractorDef)();

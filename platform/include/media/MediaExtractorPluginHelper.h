@@ -119,7 +119,11 @@ class MediaTrackHelper {
                                 const ReadOptions* options = nullptr) = 0;
     virtual bool supportsNonBlockingRead() { return false; }
 
-    // Made by the table's start entry, null before. Owned.
+  protected:
+    friend CMediaTrack* wrap(MediaTrackHelper* track);
+
+    // Made by the table's start entry, null before. Owned. Trees differ in its name: the public one
+    // calls it mBufferGroup.
     MediaBufferGroupHelper* mGroupHelper = nullptr;
 };
 

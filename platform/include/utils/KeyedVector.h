@@ -1,18 +1,16 @@
 // Pairs of a key and a value, ordered by the keys' operator<. Not thread-safe.
 #pragma once
 
-#include <utils/SortedVector.h>
+#include <utils/Vector.h>
+
+#include <algorithm>
 
 namespace android {
 
 template <typename KEY, typename VALUE>
 class KeyedVector {
   public:
-    void clear() { mPairs.clear(); }
     size_t size() const { return mPairs.size(); }
-    size_t capacity() const { return mPairs.capacity(); }
-    bool isEmpty() const { return mPairs.isEmpty(); }
-    ssize_t setCapacity(size_t count) { return mPairs.setCapacity(count); }
 
     // A key that is not there aborts.
     const VALUE& valueFor(const KEY& key) const {
@@ -24,39 +22,29 @@ class KeyedVector {
 
     const KEY& keyAt(size_t index) const { return mPairs[index].key; }
     const VALUE& valueAt(size_t index) const { return mPairs[index].value; }
-    VALUE& editValueAt(size_t index) { return mPairs.editItemAt(index).value; }
     const VALUE& operator[](size_t index) const { return valueAt(index); }
 
     // NAME_NOT_FOUND when the key is not there.
     ssize_t indexOfKey(const KEY& key) const {
-        size_t index = orderOf(key);
+        const size_t index = orderOf(key);
         if (index == size() || key < mPairs[index].key) return NAME_NOT_FOUND;
         return static_cast<ssize_t>(index);
     }
 
     // Returns the pair's index. The value of a key that is there already is replaced.
     ssize_t add(const KEY& key, const VALUE& value) {
-        size_t index = orderOf(key);
-        if (index < size() && !(key < mPairs[index].key)) {
-            return mPairs.replaceAt(Pair{key, value}, index);
-        }
-        return mPairs.insertAt(Pair{key, value}, index);
-    }
-    ssize_t replaceValueFor(const KEY& key, const VALUE& value) { return add(key, value); }
-    ssize_t replaceValueAt(size_t index, const VALUE& value) {
-        if (index >= size()) return BAD_INDEX;
-        mPairs.editItemAt(index).value = value;
-        return static_cast<ssize_t>(index);
+        const ssize_t index = indexOfKey(key);
+        if (index < 0) return mPairs.insertAt(Pair{key, value}, orderOf(key));
+        mPairs.editItemAt(static_cast<size_t>(index)).value = value;
+        return index;
     }
 
-    // Returns the index at which the pair was, or NAME_NOT_FOUND.
+    // Both return the index at which the pair was, or a negative status.
     ssize_t removeItem(const KEY& key) {
-        ssize_t index = indexOfKey(key);
-        return index < 0 ? index : mPairs.removeAt(static_cast<size_t>(index));
+        const ssize_t index = indexOfKey(key);
+        return index < 0 ? index : removeItemsAt(static_cast<size_t>(index));
     }
-    ssize_t removeItemsAt(size_t index, size_t count = 1) {
-        return mPairs.removeItemsAt(index, count);
-    }
+    ssize_t removeItemsAt(size_t index) { return mPairs.removeAt(index); }
 
   private:
     struct Pair {
@@ -71,7 +59,7 @@ class KeyedVector {
         return static_cast<size_t>(place - mPairs.begin());
     }
     size_t found(const KEY& key, const char* function) const {
-        ssize_t index = indexOfKey(key);
+        const ssize_t index = indexOfKey(key);
         LOG_ALWAYS_FATAL_IF(index < 0, "%s: key not found", function);
         return static_cast<size_t>(index);
     }

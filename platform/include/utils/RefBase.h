@@ -2,9 +2,9 @@
 //
 // - The object is deleted by whichever thread drops the last strong reference. Its destructor can
 //   therefore run anywhere: never drop what may be the last one while holding a lock.
-// - An object to which no strong reference was ever made may live on the stack or inside another
-//   object and is destroyed like any other. Making an sp to such an object is a mistake that
-//   aborts.
+// - An object that dies without ever having had a strong reference (on the stack, inside another
+//   object) costs a warning in the log: hold it by sp. Making an sp to such an object is a mistake
+//   that aborts.
 // - Weak references never keep the object, only a small block of counters. promote() is safe from
 //   any thread, also while the last strong reference goes away: it gives the object or null.
 // - Derived classes may be copied; the counts are not: a copy starts with none.
@@ -32,7 +32,6 @@ class RefBase {
     // The counters; they outlive the object for as long as a weak reference is left.
     class weakref_type {
       public:
-        RefBase* refBase() const { return mBase; }
         void incWeak(const void* id);
         void decWeak(const void* id);
         // Adds a strong reference unless the last one is gone already.
@@ -40,16 +39,14 @@ class RefBase {
 
       private:
         friend class RefBase;
-        explicit weakref_type(RefBase* base) : mBase(base) {}
+        weakref_type() = default;
         ~weakref_type() = default;
 
         std::atomic<int32_t> mStrong{kNeverReferenced};
         std::atomic<int32_t> mWeak{1};  // one for the object itself
-        RefBase* const mBase;
     };
 
     weakref_type* createWeak(const void* id) const;
-    weakref_type* getWeakRefs() const { return mRefs; }
 
     RefBase(const RefBase&) = delete;
     RefBase& operator=(const RefBase&) = delete;
@@ -57,9 +54,6 @@ class RefBase {
   protected:
     RefBase();
     virtual ~RefBase();
-
-    virtual void onFirstRef();
-    virtual void onLastStrongRef(const void* id);
 
   private:
     // Far above every real count, so that "never referenced" can be told from "gone".
@@ -113,18 +107,6 @@ class wp {
 
     // For comparing only: the object may be gone.
     T* unsafe_get() const { return m_ptr; }
-
-    // The counters tell objects apart even when a new one has the address of one that is gone.
-    template <typename U>
-    bool operator==(const wp<U>& other) const {
-        return m_ptr == other.m_ptr && m_refs == other.m_refs;
-    }
-    template <typename U>
-    bool operator!=(const wp<U>& other) const {
-        return !(*this == other);
-    }
-    bool operator==(const sp<T>& other) const { return *this == wp(other); }
-    bool operator!=(const sp<T>& other) const { return !(*this == other); }
 
   private:
     template <typename U>

@@ -34,12 +34,7 @@ class sp {
         if (m_ptr != nullptr) m_ptr->decStrong(this);
     }
 
-    template <typename... Args>
-    static sp make(Args&&... args) {
-        return sp(new T(std::forward<Args>(args)...));
-    }
-
-    // The old object is let go last: its destructor may look at this very pointer.
+    // The old object is released last: its destructor may look at this very pointer.
     sp& operator=(const sp& other) {
         sp(other).swap(*this);
         return *this;
@@ -98,18 +93,6 @@ bool operator==(const sp<T>& a, const sp<U>& b) {
 template <typename T, typename U>
 bool operator!=(const sp<T>& a, const sp<U>& b) {
     return a.get() != b.get();
-}
-template <typename T, typename U>
-bool operator<(const sp<T>& a, const sp<U>& b) {
-    return a.get() < b.get();
-}
-template <typename T, typename U>
-bool operator==(const sp<T>& a, const U* b) {
-    return a.get() == b;
-}
-template <typename T, typename U>
-bool operator!=(const sp<T>& a, const U* b) {
-    return a.get() != b;
 }
 template <typename T>
 bool operator==(const sp<T>& a, std::nullptr_t) {

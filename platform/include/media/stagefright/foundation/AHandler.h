@@ -19,8 +19,7 @@ struct AHandler : public RefBase {
 
     // 0 when not registered. Any thread.
     ALooper::handler_id id() const { return mId.load(std::memory_order_acquire); }
-    // The looper that it was last registered with; null when that one is gone.
-    sp<ALooper> looper() const { return mLooper.promote(); }
+    // The looper that it was last registered with.
     wp<ALooper> getLooper() const { return mLooper; }
     wp<AHandler> getHandler() const { return const_cast<AHandler*>(this); }
 

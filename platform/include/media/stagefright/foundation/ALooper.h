@@ -18,8 +18,8 @@ class LooperCore;
 struct AHandler;
 struct AMessage;
 
-// Messages are delivered one at a time, by the time at which they are due, those of equal time in
-// the order of posting. The handler is held strongly while it handles a message.
+// Messages are delivered one at a time, in the order of posting. The handler is held strongly while
+// it handles a message.
 //
 // Threads: every function may be called from any thread, stop() and the last release also from a
 // handler on the looper's own thread. The thread does not need the ALooper object, only its inner
@@ -39,20 +39,13 @@ struct ALooper : public RefBase {
     // From now on messages for this handler are dropped, also those that are queued.
     void unregisterHandler(handler_id handlerId);
 
-    // Messages may be posted before. With runOnCallingThread it returns when stop() is called.
-    // INVALID_OPERATION when it is running. The other two parameters mean nothing here.
-    status_t start(bool runOnCallingThread = false, bool canCallJava = false, int32_t priority = 0);
+    // Starts the thread; messages may be posted before. Once: INVALID_OPERATION after that.
+    status_t start();
 
-    // Waits for the message that is being handled and joins the thread, unless called on it or the
-    // looper runs on a caller of start(). What is still queued is destroyed on the calling thread
-    // without being delivered, and who waits for a reply gets -ENOENT. INVALID_OPERATION when it is
-    // not running.
+    // Waits for the message that is being handled and joins the thread, unless called on it. What
+    // is still queued is destroyed on the calling thread without being delivered, and who waits for
+    // a reply gets -ENOENT. INVALID_OPERATION when it is not running.
     status_t stop();
-
-    // The looper's clock: microseconds, monotonic, of no known origin.
-    static int64_t GetNowUs();
-
-    const char* getName() const { return mName.c_str(); }
 
   protected:
     ~ALooper() override;

@@ -4,22 +4,21 @@
 #include <media/stagefright/foundation/ABase.h>
 #include <media/stagefright/foundation/AHandler.h>
 #include <media/stagefright/foundation/ALooper.h>
-#include <media/stagefright/foundation/AString.h>
-#include <stddef.h>
 #include <stdint.h>
 #include <utils/Errors.h>
 #include <utils/RefBase.h>
 
 #include <atomic>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace android {
 
 class LooperCore;
 
 #pragma GCC visibility push(default)
-
-// Inside, since a class keeps the visibility of its first declaration.
-struct ABuffer;
 
 // Stands for a sender that waits. When the last reference to it goes without a reply, the wait ends
 // with -ENOENT: nobody could answer any more.
@@ -39,48 +38,26 @@ struct AReplyToken : public RefBase {
 };
 
 // Used by one thread at a time: by the poster until it is posted, then by the handler. After a wait
-// for its reply has failed the handler may still be at it.
+// for its reply has failed the handler may still use it.
 struct AMessage : public RefBase {
-    AMessage();
+    AMessage() = default;
     // A message for a handler that is not registered can be filled but not posted.
     AMessage(uint32_t what, const sp<const AHandler>& handler);
 
-    void setWhat(uint32_t what) { mWhat = what; }
     uint32_t what() const { return mWhat; }
-    void setTarget(const sp<const AHandler>& handler);
 
     // The last write to a name wins, whatever its type. Names are copied.
-    void setInt32(const char* name, int32_t value);
-    void setInt64(const char* name, int64_t value);
-    void setSize(const char* name, size_t value);
-    void setFloat(const char* name, float value);
-    void setDouble(const char* name, double value);
-    void setPointer(const char* name, void* value);
-    void setString(const char* name, const char* text, ssize_t length = -1);
-    void setString(const char* name, const AString& text);
-    void setObject(const char* name, const sp<RefBase>& object);
-    void setBuffer(const char* name, const sp<ABuffer>& buffer);
-    void setMessage(const char* name, const sp<AMessage>& message);
+    void setInt32(const char* name, int32_t value) { set(name, value); }
+    void setInt64(const char* name, int64_t value) { set(name, value); }
+    void setPointer(const char* name, void* value) { set(name, value); }
 
     // False, and nothing written, when there is no field of that name and type.
-    bool findInt32(const char* name, int32_t* value) const;
-    bool findInt64(const char* name, int64_t* value) const;
-    bool findSize(const char* name, size_t* value) const;
-    bool findFloat(const char* name, float* value) const;
-    bool findDouble(const char* name, double* value) const;
-    bool findPointer(const char* name, void** value) const;
-    bool findString(const char* name, AString* text) const;
-    bool findObject(const char* name, sp<RefBase>* object) const;
-    bool findBuffer(const char* name, sp<ABuffer>* buffer) const;
-    bool findMessage(const char* name, sp<AMessage>* message) const;
+    bool findInt32(const char* name, int32_t* value) const { return find(name, value); }
+    bool findInt64(const char* name, int64_t* value) const { return find(name, value); }
+    bool findPointer(const char* name, void** value) const { return find(name, value); }
 
-    bool contains(const char* name) const;
-    size_t countEntries() const { return mCount; }
-    void clear();
-
-    // OK, or -ENOENT when the looper is gone or stopped: the message is dropped then. A delay of
-    // nothing or less means at once.
-    status_t post(int64_t delayUs = 0);
+    // OK, or -ENOENT when the looper is gone or stopped: the message is dropped then.
+    status_t post();
 
     // Posts and waits, without limit, until the handler replies. -ENOENT, and no response, when the
     // looper is gone, is not running or stops, and when the reply can no longer come. Waiting on
@@ -94,29 +71,17 @@ struct AMessage : public RefBase {
     // when nobody waits any more.
     status_t postReply(const sp<AReplyToken>& replyToken);
 
-    // The same code, target and fields; messages inside are copied, objects shared.
-    sp<AMessage> dup() const;
-
-    AString debugString(int32_t indent = 0) const;
-
-  protected:
-    ~AMessage() override;
-
   private:
     friend class LooperCore;
 
-    enum class Type : uint8_t;
-    struct Item;
-    // Enough for every message that is posted per sample; more are kept on the heap.
-    static constexpr size_t kInlineItems = 4;
-    static constexpr size_t kItemBytes = 48;
+    using Value = std::variant<int32_t, int64_t, void*>;
 
-    const Item* find(const char* name, Type type) const;
-    Item& set(const char* name, Type type);
-    void setReference(const char* name, Type type, RefBase* object);
+    void set(const char* name, Value value);
     template <typename T>
-    bool findReference(const char* name, Type type, sp<T>* object) const;
-    // Both on the looper's thread or on that of who stops it.
+    bool find(const char* name, T* value) const;
+    // The looper that it goes to; null, with a warning, when that is gone.
+    sp<LooperCore> core() const;
+    // Both on the looper's thread or on the thread that stops it.
     void deliver();
     void drop();
 
@@ -125,11 +90,7 @@ struct AMessage : public RefBase {
     wp<AHandler> mHandler;
     wp<ALooper> mLooper;
     sp<AReplyToken> mReplyToken;
-
-    Item* mItems;
-    uint32_t mCount = 0;
-    uint32_t mCapacity = kInlineItems;
-    alignas(8) unsigned char mInline[kInlineItems * kItemBytes];
+    std::vector<std::pair<std::string, Value>> mFields;
 
     DISALLOW_EVIL_CONSTRUCTORS(AMessage);
 };

@@ -7,7 +7,7 @@
 
 namespace standin {
 
-enum class FormatType { Int32, Int64, Float, Double, Size, String, Buffer, Rect };
+enum class FormatType { Int32, Int64, Float, String, Buffer, Rect };
 
 // Only the member that belongs to the type is set; the others are zero.
 struct FormatValue {
@@ -15,8 +15,6 @@ struct FormatValue {
     int32_t int32;
     int64_t int64;
     float floatValue;
-    double doubleValue;
-    size_t sizeValue;
     const char* string;
     const void* data;
     size_t dataSize;
