@@ -3,8 +3,9 @@
 #include <media/NdkMediaErrorPriv.h>
 #include <media/NdkMediaFormat.h>
 #include <utils/Errors.h>
+#include <utils/StrongPointer.h>
 
-#include "OrvelMetaData.h"
+#include "base/OrvelMetaData.h"
 
 namespace orvel {
 
@@ -12,10 +13,10 @@ namespace orvel {
 // for the call. On any status but OK the framework's format stays as it was.
 template <typename Fill>
 media_status_t handOverFormat(AMediaFormat* format, Fill fill) {
-    OrvelMetaData meta;
-    const android::status_t status = fill(meta);
+    const android::sp<OrvelMetaData> meta = new OrvelMetaData;
+    const android::status_t status = fill(*meta);
     if (status != android::OK) return translate_error(status);
-    AMediaFormat_copy(format, meta.getHandle());
+    AMediaFormat_copy(format, meta->getHandle());
     return AMEDIA_OK;
 }
 

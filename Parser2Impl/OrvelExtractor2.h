@@ -9,8 +9,8 @@
 #include <utils/RefBase.h>
 #include <utils/StrongPointer.h>
 
-#include "OrvelDataSource.h"
-#include "OrvelMetaData.h"
+#include "base/OrvelDataSource.h"
+#include "base/OrvelMetaData.h"
 
 namespace orvel {
 

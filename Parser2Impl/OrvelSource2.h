@@ -8,8 +8,8 @@
 #include <utils/RefBase.h>
 #include <utils/StrongPointer.h>
 
-#include "OrvelMediaBuffer.h"
-#include "OrvelMetaData.h"
+#include "base/OrvelMediaBuffer.h"
+#include "base/OrvelMetaData.h"
 
 namespace orvel {
 

@@ -12,10 +12,10 @@
 #include <utils/String8.h>
 #include <utils/StrongPointer.h>
 
-#include "FormatFlags.h"
-#include "OrvelDataSource.h"
 #include "OrvelExtractor2.h"
 #include "WrapOrvelExtractor.h"
+#include "base/OrvelDataSource.h"
+#include "ffmpeg/ContainerTable.h"
 #include "ffmpeg/FFmpegObject.h"
 
 namespace orvel {
@@ -44,15 +44,16 @@ constexpr android::media_uuid_t kUuid = {{0x3f, 0x9a, 0x1c, 0x52, 0xe4, 0x07, 0x
 constexpr uint32_t kExtractorVersion = 2;
 
 constexpr size_t kExtensionSlots = 50;
-static_assert(countExtensions() < kExtensionSlots);
+static_assert(kExtensionCount < kExtensionSlots);
 const char* sExtensions[kExtensionSlots];
 
 void listExtensions(uint32_t mask) {
     size_t used = 0;
-    for (const FormatFlag& row : kFormatFlags) {
-        if ((row.flag & mask) == 0) continue;
-        for (size_t i = 0; row.extensions[i] != nullptr; ++i) {
-            sExtensions[used++] = row.extensions[i];
+    for (uint32_t flag = 1; flag <= kLastContainerFlag; flag <<= 1) {
+        for (const Container& container : kContainers) {
+            if ((container.flag & flag & mask) == 0) continue;
+            for (size_t i = 0; container.extensions[i] != nullptr; ++i)
+                sExtensions[used++] = container.extensions[i];
         }
     }
     sExtensions[used] = nullptr;

@@ -18,7 +18,7 @@ WrapOrvelSource::~WrapOrvelSource() = default;
 
 media_status_t WrapOrvelSource::start() {
     const sp<OrvelMetaData> params = new OrvelMetaData;
-    params->setPointer(kKeyBufferGroup, mGroupHelper);
+    params->setPointer(kKeyBufferGroup, bufferGroupOf(this, 0));
     return translate_error(mSource->start(params));
 }
 

@@ -27,6 +27,17 @@ class WrapOrvelSource final : public android::MediaTrackHelper {
     media_status_t read(android::MediaBufferHelper** buffer, const ReadOptions* options) override;
 
   private:
+    // The group that the framework's start entry has installed in the base class, whose field has
+    // one of two names.
+    template <typename Self>
+    static auto bufferGroupOf(Self* self, int) -> decltype(self->mGroupHelper) {
+        return self->mGroupHelper;
+    }
+    template <typename Self>
+    static auto bufferGroupOf(Self* self, long) -> decltype(self->mBufferGroup) {
+        return self->mBufferGroup;
+    }
+
     const android::sp<OrvelSource2> mSource;
 };
 

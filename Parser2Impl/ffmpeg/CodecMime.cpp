@@ -1,3 +1,5 @@
+#include "CodecMime.h"
+
 #include <string.h>
 #include <strings.h>
 
@@ -6,8 +8,6 @@
 extern "C" {
 #include <libavutil/samplefmt.h>
 }
-
-#include "FFmpegObject.h"
 
 namespace orvel {
 
@@ -58,7 +58,7 @@ static_assert(AV_CODEC_ID_MP3 == 0x15001 && AV_CODEC_ID_EAC3 == 0x15028 &&
 
 }  // namespace
 
-const char* FFmpegObject::codecId2MimeType(AVCodecID id) {
+const char* codecId2MimeType(AVCodecID id) {
     static const CodecMime kCodecs[] = {
             {AV_CODEC_ID_MP3, MEDIA_MIMETYPE_AUDIO_MPEG},
             {AV_CODEC_ID_AAC, MEDIA_MIMETYPE_AUDIO_AAC},
@@ -103,7 +103,7 @@ const char* FFmpegObject::codecId2MimeType(AVCodecID id) {
     return nullptr;
 }
 
-bool FFmpegObject::isSupportedMimeTypeWithCodec(const char* mime, const char* codecTag) {
+bool isSupportedMimeTypeWithCodec(const char* mime, const char* codecTag) {
     static const SpecialVideo kSpecialVideos[] = {
             {MEDIA_MIMETYPE_VIDEO_DIVX3, "all"},  {MEDIA_MIMETYPE_VIDEO_FLV1, "all"},
             {MEDIA_MIMETYPE_VIDEO_MPEG4, "DIV3"}, {MEDIA_MIMETYPE_VIDEO_MPEG4, "DIV4"},
@@ -122,7 +122,7 @@ bool FFmpegObject::isSupportedMimeTypeWithCodec(const char* mime, const char* co
     return false;
 }
 
-int32_t FFmpegObject::getAudioEncoding(AVSampleFormat format) {
+int32_t getAudioEncoding(AVSampleFormat format) {
     const auto index = static_cast<unsigned>(format);
     if (index >= sizeof(kSampleFormatEncodings) / sizeof(int32_t)) return kEncoding16Bit;
     if (av_get_bytes_per_sample(format) == 8) return kEncoding16Bit;

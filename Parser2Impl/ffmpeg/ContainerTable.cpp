@@ -1,30 +1,59 @@
 #include "ContainerTable.h"
 
-#include <media/stagefright/foundation/MediaDefs.h>
+#include <string.h>
+
+#include "FFmpegCompat.h"
 
 namespace orvel {
 
-using namespace android;
+namespace {
 
-const Container kContainers[kContainerCount] = {
-        {"mov", &MEDIA_MIMETYPE_CONTAINER_MPEG4, 0x1},
-        {"mp3", &MEDIA_MIMETYPE_AUDIO_MPEG, 0x10},
-        {"wav", &MEDIA_MIMETYPE_CONTAINER_WAV, 0x4000},
-        {"aiff", &MEDIA_MIMETYPE_AUDIO_AIFF, 0x100},
-        {"rm", &MEDIA_MIMETYPE_CONTAINER_RM, 0x2},
-        {"matroska", &MEDIA_MIMETYPE_CONTAINER_MATROSKA, 0x4},
-        {"flac", &MEDIA_MIMETYPE_AUDIO_FLAC, 0x200},
-        {"ape", &MEDIA_MIMETYPE_AUDIO_APE, 0x400},
-        {"asf", &MEDIA_MIMETYPE_CONTAINER_ASF, 0x800},
-        // FFmpeg's second ASF demuxer; its probe scores half of the first one's.
-        {"asf_o", &MEDIA_MIMETYPE_CONTAINER_ASF, 0x800},
-        {"ac3", &MEDIA_MIMETYPE_AUDIO_AC3, 0x20},
-        {"eac3", &MEDIA_MIMETYPE_AUDIO_EAC3, 0x20},
-        {"dsf", &MEDIA_MIMETYPE_CONTAINER_DSF, 0x1000},
-        {"iff", &MEDIA_MIMETYPE_CONTAINER_DFF, 0x2000},
-        {"avi", &MEDIA_MIMETYPE_CONTAINER_AVI, 0x8},
-        {"dts", &MEDIA_MIMETYPE_AUDIO_DTS, 0x80},
-        {"flv", &MEDIA_MIMETYPE_CONTAINER_FLV, 0x40},
-};
+// Every bit up to the last has a row, its extensions in one row, and its rows agree on ID3 tags.
+constexpr bool isWellFormed() {
+    size_t extensions = 0;
+    for (uint32_t flag = 1; flag <= kLastContainerFlag; flag <<= 1) {
+        size_t named = 0;
+        size_t rows = 0;
+        size_t afterID3 = 0;
+        for (const Container& row : kContainers) {
+            if (row.flag != flag) continue;
+            ++rows;
+            afterID3 += row.rules & kAfterID3;
+            if (row.extensions[0] != nullptr) ++named;
+            for (size_t i = 0; row.extensions[i] != nullptr; ++i)
+                ++extensions;
+        }
+        if (named != 1 || (afterID3 != 0 && afterID3 != rows)) return false;
+    }
+    return extensions == kExtensionCount;
+}
+
+static_assert(sizeof(kContainers) / sizeof(kContainers[0]) == 17 && isWellFormed());
+
+}  // namespace
+
+bool isSupportID3(int flag) {
+    for (const Container& row : kContainers) {
+        if (row.flag == static_cast<uint32_t>(flag)) return (row.rules & kAfterID3) != 0;
+    }
+    return false;
+}
+
+bool isSpecialContainer(const char* formatName) {
+    for (const Container& row : kContainers) {
+        if ((row.rules & kSpecialAudio) != 0 &&
+            strncmp(formatName, row.demuxer, strlen(row.demuxer)) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+const Container* findContainer(const char* formatName) {
+    for (const Container& row : kContainers) {
+        if (av_match_name(row.demuxer, formatName)) return &row;
+    }
+    return nullptr;
+}
 
 }  // namespace orvel

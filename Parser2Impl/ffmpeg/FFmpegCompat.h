@@ -1,11 +1,13 @@
 #pragma once
 
-// Every difference between the FFmpeg versions that the plug-in builds with (libavformat 58, 59 and
-// 60), and nothing else. What the device's own FFmpeg has beyond all of them is in
-// FFmpegExtensions.h.
+// Every difference between the FFmpeg versions that the plug-in builds with (libavformat 58 to 61),
+// and nothing else. What the device's own FFmpeg has beyond all of them is in FFmpegExtensions.h.
 
+#include <dlfcn.h>
 #include <stddef.h>
 #include <stdint.h>
+
+#include <log/log.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -16,6 +18,10 @@ extern "C" {
 #include <libavutil/log.h>
 #include <libavutil/mathematics.h>
 }
+
+#if LIBAVFORMAT_VERSION_MAJOR < 58 || LIBAVFORMAT_VERSION_MAJOR > 61
+#error "libavformat 58 to 61 is needed; docs/integrating.md says what a later one would take"
+#endif
 
 #if LIBAVFORMAT_VERSION_MAJOR >= 59
 #define ORVEL_AVFORMAT_HAS_INDEX_ACCESSORS 1
@@ -63,6 +69,57 @@ using AVInputFormatPtr = AVInputFormat*;
 #endif
 
 namespace compat {
+
+// Scores the bytes that a demuxer is shown, 0 to AVPROBE_SCORE_MAX.
+using ProbeFunction = int (*)(const AVProbeData*);
+
+#if LIBAVFORMAT_VERSION_MAJOR < 61
+// Null for a demuxer without one.
+inline ProbeFunction probeFunction(AVInputFormatPtr format) {
+    return format->read_probe;
+}
+#else
+// Since libavformat 61 the probe stands in a private record behind the public one, and there is no
+// public way to ask one demuxer. These are the first fields of that record.
+struct PrivateInputFormat {
+    AVInputFormat format;
+    AVCodecID rawCodecId;
+    int privateDataSize;
+    int internalFlags;
+    ProbeFunction readProbe;
+    int (*readHeader)(AVFormatContext*);
+};
+
+// Whether the library that is loaded has this record, found out without calling anything: the
+// demuxers of AC-3 and E-AC-3 name their codecs, have a probe each, and share the function that
+// reads the header; all three functions lie in the library that the records lie in.
+inline bool hasKnownInputFormats() {
+    const auto* ac3 = reinterpret_cast<const PrivateInputFormat*>(av_find_input_format("ac3"));
+    const auto* eac3 = reinterpret_cast<const PrivateInputFormat*>(av_find_input_format("eac3"));
+    if (ac3 == nullptr || eac3 == nullptr) return false;
+    const auto inLibrary = [ac3](auto function) {
+        Dl_info library;
+        Dl_info owner;
+        return dladdr(ac3, &library) != 0 &&
+               dladdr(reinterpret_cast<const void*>(function), &owner) != 0 &&
+               library.dli_fbase == owner.dli_fbase;
+    };
+    return ac3->rawCodecId == AV_CODEC_ID_AC3 && eac3->rawCodecId == AV_CODEC_ID_EAC3 &&
+           ac3->readProbe != eac3->readProbe && ac3->readHeader == eac3->readHeader &&
+           inLibrary(ac3->readProbe) && inLibrary(eac3->readProbe) && inLibrary(ac3->readHeader);
+}
+
+// Null for a demuxer without one. Aborts when the library has another record.
+inline ProbeFunction probeFunction(AVInputFormatPtr format) {
+    static const bool known = hasKnownInputFormats();
+    LOG_ALWAYS_FATAL_IF(!known,
+                        "libavformat %u.%u.%u has no ac3 and eac3 demuxers, or keeps their probes "
+                        "elsewhere than 61.7 does",
+                        AV_VERSION_MAJOR(avformat_version()), AV_VERSION_MINOR(avformat_version()),
+                        AV_VERSION_MICRO(avformat_version()));
+    return reinterpret_cast<const PrivateInputFormat*>(format)->readProbe;
+}
+#endif
 
 // From libavformat 59 on, HEVC tracks whose open random access points are marked by 'sync' sample
 // groups are sought by the presentation time of those pictures: backward seeks go a group of

@@ -6,15 +6,11 @@
 
 #include <algorithm>
 
-#include <media/stagefright/MediaErrors.h>
-
-#include "OrvelDataSource.h"
-#include "PresentationTimes.h"
-#include "Saturate.h"
+#include "bytes/PresentationTimes.h"
+#include "bytes/Saturate.h"
 
 namespace orvel {
 
-using android::OK;
 using android::sp;
 
 namespace {
@@ -26,33 +22,13 @@ bool isIdentity(const int32_t* matrix) {
 
 }  // namespace
 
-// The data source as the box reader wants it.
-class FFmpegExtensions::Source : public ByteSource {
-  public:
-    explicit Source(const sp<OrvelDataSource>& source) : mSource(source) {}
-
-    ssize_t readAt(int64_t offset, void* data, size_t size) override {
-        const ssize_t n = mSource->readAt(offset, data, size);
-        return n == android::ERROR_END_OF_STREAM ? 0 : n;
-    }
-
-    int64_t size() override {
-        off64_t size = -1;
-        return mSource->getSize(&size) == OK ? size : -1;
-    }
-
-  private:
-    const sp<OrvelDataSource> mSource;
-};
-
 FFmpegExtensions::FFmpegExtensions(const AVFormatContext* context,
                                    const sp<OrvelDataSource>& source)
     : mContext(context),
       mIsMov(av_match_name("mov", context->iformat->name) != 0),
-      mSource(std::make_unique<Source>(source)),
-      mBoxes(*mSource) {}
-
-FFmpegExtensions::~FFmpegExtensions() = default;
+      mDataSource(source),
+      mBoxSource(*source),
+      mBoxes(mBoxSource) {}
 
 void FFmpegExtensions::nameTimedText(AVStream* stream) {
     AVCodecParameters* parameters = stream->codecpar;
@@ -102,29 +78,21 @@ std::shared_ptr<const PresentationTimes> FFmpegExtensions::presentationTimes(
         const AVStream* stream) {
     if (!mIsMov) return nullptr;
     Snapshot& snapshot = mSnapshots[stream->index];
-    const int entryCount = compat::indexEntryCount(stream);
-    if (snapshot.entryCount == entryCount) return snapshot.times;
-    const uint64_t movieSamples = static_cast<uint64_t>(std::max<int64_t>(stream->nb_frames, 0));
-    if (!snapshot.table) {
-        // The index holds all samples of the movie box from the start; only fragments come later.
-        snapshot.table = mBoxes.compositionTable(trackRef(stream), static_cast<size_t>(entryCount));
-        if (!snapshot.table) return nullptr;
-    }
-    const auto entryAt = [stream](size_t index) {
-        const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));
-        return IndexEntry{entry->timestamp, entry->pos, (entry->flags & AVINDEX_KEYFRAME) != 0};
-    };
-    const auto count = static_cast<size_t>(entryCount);
-    if (snapshot.table->runSampleCount == 0) {
-        snapshot.times = std::make_shared<PresentationTimes>(
-                count, entryAt, std::move(*snapshot.table), movieSamples);
-    } else {
-        snapshot.times =
-                std::make_shared<PresentationTimes>(count, entryAt, *snapshot.table, movieSamples);
-    }
+    const auto entryCount = static_cast<size_t>(compat::indexEntryCount(stream));
+    if (snapshot.times != nullptr && snapshot.times->count() == entryCount) return snapshot.times;
+    // The index holds all samples of the movie box from the start; only fragments come later.
+    if (!snapshot.table) snapshot.table = mBoxes.compositionTable(trackRef(stream), entryCount);
+    if (!snapshot.table) return nullptr;
+    snapshot.times = std::make_shared<PresentationTimes>(
+            entryCount,
+            [stream](size_t index) {
+                const AVIndexEntry* entry = compat::indexEntry(stream, static_cast<int>(index));
+                return IndexEntry{entry->timestamp, entry->pos,
+                                  (entry->flags & AVINDEX_KEYFRAME) != 0};
+            },
+            *snapshot.table, static_cast<uint64_t>(std::max<int64_t>(stream->nb_frames, 0)));
     // A complete index does not grow any more.
     if (snapshot.times->complete()) snapshot.table.reset();
-    snapshot.entryCount = entryCount;
     return snapshot.times;
 }
 

@@ -10,12 +10,12 @@
 
 #include <utils/StrongPointer.h>
 
+#include "DemuxerSource.h"
 #include "FFmpegCompat.h"
-#include "Mp4BoxReader.h"
+#include "bytes/Mp4BoxReader.h"
 
 namespace orvel {
 
-class OrvelDataSource;
 class PresentationTimes;
 
 // What the device's FFmpeg has beyond the stock library, supplied on the stock one: the "rotate"
@@ -31,7 +31,6 @@ class FFmpegExtensions {
   public:
     // context: the opened container, which outlives this object.
     FFmpegExtensions(const AVFormatContext* context, const android::sp<OrvelDataSource>& source);
-    ~FFmpegExtensions();
 
     // The stock library leaves a timed-text stream with several sample descriptions without a codec
     // id; gives it the one that it should have.
@@ -45,15 +44,12 @@ class FFmpegExtensions {
     // cannot be read.
     std::vector<ByteRange> timedTextDescriptions(const AVStream* stream);
 
-    // Reads them one behind the other into out, which has room for the sum of their sizes; false
+    // Reads them one after the other into out, which has room for the sum of their sizes; false
     // when some byte cannot be read.
     bool readTimedText(const std::vector<ByteRange>& descriptions, uint8_t* out);
 
-    // The container is of the MP4 family.
-    bool isMov() const { return mIsMov; }
-
-    // The presentation times of what the stream's index holds by now; null when they are not to be
-    // had: another container, boxes that cannot be read.
+    // The presentation times of what the stream's index holds by now; null for another container
+    // and for boxes that cannot be read.
     std::shared_ptr<const PresentationTimes> presentationTimes(const AVStream* stream);
 
     // By the library's version: the demuxer seeks this stream by the presentation times of its open
@@ -65,19 +61,17 @@ class FFmpegExtensions {
     int64_t presentationTime(const AVStream* stream, int index);
 
   private:
-    class Source;
-
     struct Snapshot {
-        std::optional<CompositionTable> table;  // while the index can still grow
-        int entryCount = -1;                    // of the index when times was made
-        std::shared_ptr<const PresentationTimes> times;
+        std::optional<CompositionTable> table;           // while the index can still grow
+        std::shared_ptr<const PresentationTimes> times;  // of the entries known when it was made
     };
 
     Mp4TrackRef trackRef(const AVStream* stream) const;
 
     const AVFormatContext* const mContext;
     const bool mIsMov;
-    const std::unique_ptr<Source> mSource;
+    const android::sp<OrvelDataSource> mDataSource;
+    BoxSource mBoxSource;
     Mp4BoxReader mBoxes;
     std::map<int, Snapshot> mSnapshots;  // by stream index
 };

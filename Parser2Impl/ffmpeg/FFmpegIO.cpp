@@ -1,6 +1,7 @@
 #define LOG_TAG "FFmpegIO"
 #include "FFmpegIO.h"
 
+#include <limits.h>
 #include <stdio.h>
 
 #include <new>
@@ -9,7 +10,7 @@
 #include <media/stagefright/MediaErrors.h>
 #include <utils/StrongPointer.h>
 
-#include "OrvelDataSource.h"
+#include "base/OrvelDataSource.h"
 
 namespace orvel {
 
@@ -54,7 +55,9 @@ int readDataSource(void* opaque, uint8_t* buffer, int size) {
         return AVERROR(EINVAL);
     }
     ssize_t n = source->readAt(data->mOffset, buffer, static_cast<size_t>(size));
-    if (n > size) n = android::ERROR_IO;  // more than there is room for: a broken source
+    // Not as the source has it: more than there is room for, a status that an int cannot hold, and
+    // the number of the library's "again", at which some demuxers would ask for ever.
+    if (n > size || n < INT_MIN || n == AVERROR(EAGAIN)) n = android::ERROR_IO;
     if (n == 0 || n == android::ERROR_END_OF_STREAM) {
         ALOGE("in readDataSource, end of stream, ret:%zd, mOffset:%lld", n,
               static_cast<long long>(data->mOffset));

@@ -51,7 +51,7 @@ static_assert(offsetof(IOData, mBuffer) == 0 && offsetof(IOData, mBufferSize) ==
 int readDataSource(void* opaque, uint8_t* buffer, int size);
 
 // AVIOContext seek callback: the new position, the size for AVSEEK_SIZE (negative when unknown), or
-// AVERROR(EINVAL) with the position unchanged. A target behind the end is accepted.
+// AVERROR(EINVAL) with the position unchanged. A target past the end is accepted.
 int64_t seekDataSource(void* opaque, int64_t offset, int whence);
 
 }  // namespace orvel

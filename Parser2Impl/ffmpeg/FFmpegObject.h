@@ -14,10 +14,13 @@
 #include <utils/Vector.h>
 
 #include "FFmpegCompat.h"
-#include "OrvelMetaData.h"
+#include "FileMeta.h"
+#include "OpenContainer.h"
+#include "base/OrvelMetaData.h"
 
 namespace orvel {
 
+class DemuxerSource;
 class FFmpegExtensions;
 class FFmpegIO;
 class FFmpegReader;
@@ -25,7 +28,8 @@ class IOrvelMediaBuffer;
 class OrvelDataSource;
 
 // One container that FFmpeg has opened, or, made without an input format, the throw-away object
-// that decides whether the plug-in takes a source.
+// that decides whether the plug-in takes a source. What it says of the file comes from functions
+// beside it: ContainerProbe, SpecialContainer, TrackFormat, FileMeta.
 //
 // Owns the format context and all that hangs on it. Construction, addTrackInfos, the format queries
 // and the per-track commands run on framework threads. There is no lock here: the reader serialises
@@ -34,18 +38,7 @@ class OrvelDataSource;
 // object that goes away silences FFmpeg's log for the others until the next one is opened.
 class FFmpegObject : public android::RefBase {
   public:
-    // One track: a stream that has a MIME type. Held by value, in ascending stream order; a track
-    // index is a position in that list, and can differ from the stream index.
-    struct TrackInfo {
-        OrvelMetaData meta;          // the track format
-        int32_t streamIndex = -1;    // FFmpeg's; the key of the reader's track map
-        AVRational timeBase = {};    // the stream's, seconds
-        int64_t durationUs = 0;      // 0: unknown
-        AVStream* stream = nullptr;  // lives as long as the format context
-        // Bits per coded sample of the last audio track described so far: its own, for an audio
-        // track.
-        int32_t bitsPerSample = 0;
-    };
+    using TrackInfo = orvel::TrackInfo;
 
     // Opens the container with inputFormat, or only prepares sniffing when that is null. The
     // outcome is initCheck().
@@ -64,25 +57,8 @@ class FFmpegObject : public android::RefBase {
     // once.
     bool sniff(android::String8* mimeType, float* confidence, void** format);
 
-    // Bytes taken by the chain of ID3v2 tags at the start of the source (ID3v2.4.0, 3.1). From
-    // 3 MiB on the exact value is not looked for any further.
-    int64_t getID3Size();
-    static bool isSupportID3(int flag);
-    static bool isSpecialContainer(const char* formatName);
-    // The main audio stream of the opened file is DTS or E-AC-3.
-    bool isSupportedSpecialAudio();
-    bool isSupportedSpecialVideo();
-    bool isGeneratedByDivxTools();
-
-    // The MIME type of an opened container, null for one outside the table. Constant.
-    const char* getFileMime() const;
-
-    // The MIME type for a codec; null for a codec that the plug-in does not offer. Any thread.
-    static const char* codecId2MimeType(AVCodecID id);
-    // Whether a video MIME type with this codec tag is one of the special combinations.
-    static bool isSupportedMimeTypeWithCodec(const char* mime, const char* codecTag);
-    // The PCM encoding code for a sample format; 16 bits for any that has none.
-    static int32_t getAudioEncoding(AVSampleFormat format);
+    // The MIME type of an opened container, a constant; null for one outside the table.
+    const char* getFileMime() const { return mFileFacts.mime; }
 
     // The track list. addTrackInfos is called once, after initCheck() was OK and the modes below
     // were set; every stream is discarded by the demuxer until its track is started.
@@ -111,64 +87,30 @@ class FFmpegObject : public android::RefBase {
     android::status_t dequeueBuffer(int trackIndex, IOrvelMediaBuffer** buffer,
                                     const android::MediaTrackHelper::ReadOptions* options);
 
+    // For the reader, which holds this object meanwhile. Only on an object with a reader.
+    OpenContainer openContainer() { return {mFormatCtx, mTracks, *mExtensions}; }
+
   protected:
     ~FFmpegObject() override;
 
   private:
-    // Reads mFormatCtx, mTracks and mExtensions through a promoted reference.
-    friend class FFmpegReader;
-
-    // What the file metadata needs of the format context, taken when the container is open: from
-    // then on the demuxer may change its tags and streams, on the looper thread, while the
-    // framework asks.
-    struct FileFacts {
-        AVDictionary* tags = nullptr;
-        const char* audioMime = nullptr;  // of the best audio stream; null without one
-        AVPacket* cover = nullptr;        // the attached picture; null without one
-        AVCodecID coverCodec = AV_CODEC_ID_NONE;
-
-        ~FileFacts() {
-            av_dict_free(&tags);
-            av_packet_free(&cover);
-        }
-    };
-
     FFmpegObject(const FFmpegObject&) = delete;
     FFmpegObject& operator=(const FFmpegObject&) = delete;
 
     android::status_t initialize();
-    // Of the opened context: whether the file, whose size costs no read, has a byte at least for
-    // each sample of its index. A few boxes of an MP4 can claim millions that lie in one place,
-    // and FFmpeg would spend minutes on them. True when the size is not known.
-    bool hasPlausibleIndex() const;
     void unInitialize();
-
+    // avformat_open_input with mOptions; false, with an error, when it fails.
+    bool openInput(AVInputFormatPtr format);
     bool sniffInternal(android::String8* mimeType, float* confidence, void** format);
     bool sniffSpecialContainer(AVInputFormatPtr format);
-    int bestStream(AVMediaType type) const;
-
-    void initTrackInfo(AVStream* stream, OrvelMetaData& meta, TrackInfo* info);
-    void initAudioMeta(AVStream* stream, OrvelMetaData& meta, const char* mime);
-    void parseAacMeta(OrvelMetaData& meta, uint8_t* data, int size);
-    void parseAlacMeta(OrvelMetaData& meta, uint8_t* data, int size);
-    void parseFlacMeta(OrvelMetaData& meta, uint8_t* data, int size);
-    void setOrvelSpecificMeta(AVStream* stream, OrvelMetaData& meta);
-    void initVideoMeta(AVStream* stream, OrvelMetaData& meta, const char* mime);
-    void initSubtitleMeta(AVStream* stream, OrvelMetaData& meta);
-
-    void takeFileFacts();
-    void setFileMime(OrvelMetaData& meta);
-    void setAlbumArtRelatedMeta(OrvelMetaData& meta);
-    void setAlbumArt(OrvelMetaData& meta);
-    static const char* getAlbumArtMime(AVCodecID codecId);
-
-    // The part of the big-buffer gate that does not depend on the file.
+    // Several MP3 packets may come in one buffer.
     bool bigBuffersAllowed() const;
 
     // Destroyed in reverse order, the reader last.
     android::sp<FFmpegReader> mReader;  // null until the container is open
     android::status_t mInitCheck;
     android::sp<OrvelDataSource> mDataSource;
+    android::sp<DemuxerSource> mDemuxerSource;
     android::sp<FFmpegIO> mFFmpegIO;
     // Carries AVFMT_FLAG_CUSTOM_IO whenever it is closed, so that closing it leaves the bridge's
     // AVIOContext alone.

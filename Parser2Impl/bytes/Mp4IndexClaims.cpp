@@ -1,0 +1,239 @@
+#include "Mp4IndexClaims.h"
+
+#include <algorithm>
+
+#include "ByteOrder.h"
+
+namespace orvel {
+
+namespace {
+
+constexpr int64_t kHeaderSize = 8;
+constexpr size_t kMaxDepth = 10;
+constexpr uint64_t kEndless = UINT32_MAX;
+
+// The boxes that the demultiplexer enters, whatever they are in.
+bool isEntered(uint32_t type) {
+    switch (type) {
+        case fourCharacterCode("moov"):
+        case fourCharacterCode("trak"):
+        case fourCharacterCode("mdia"):
+        case fourCharacterCode("minf"):
+        case fourCharacterCode("stbl"):
+        case fourCharacterCode("moof"):
+        case fourCharacterCode("traf"):
+        case fourCharacterCode("edts"):
+        case fourCharacterCode("dinf"):
+        case fourCharacterCode("udta"):
+        case fourCharacterCode("tref"):
+        case fourCharacterCode("mvex"):
+        case fourCharacterCode("sinf"):
+        case fourCharacterCode("schi"):
+            return true;
+        default:
+            return false;
+    }
+}
+
+// What sound's chunks hang on.
+bool isTable(uint32_t type) {
+    return type == fourCharacterCode("stts") || type == fourCharacterCode("stsc") ||
+           type == fourCharacterCode("stco") || type == fourCharacterCode("co64");
+}
+
+}  // namespace
+
+uint64_t Mp4IndexClaims::inBlock(int64_t offset, const uint8_t* data, size_t size) {
+    // A jump ahead inside the parent, or to a box that was found, leaves the walk as it is.
+    const bool insideParent =
+            !mParents.empty() && mParents.back().payload.begin <= offset && offset <= mNext;
+    if (offset != mBlock.end) {
+        mTail.clear();
+        const bool seen = std::binary_search(mSeen.begin(), mSeen.end(), offset);
+        if (!(insideParent || seen) || mNext < mBlock.end) {
+            mSeen.clear();
+            mParents.clear();
+            mNext = offset;
+        }
+    }
+    mBlock = {offset, offset + static_cast<int64_t>(size)};
+    mData = data;
+    // Elsewhere the demultiplexer has built the track's index.
+    if (offset < mTrack.begin || mTrack.end <= offset) leaveTrack();
+    mSeen.erase(mSeen.begin(), std::lower_bound(mSeen.begin(), mSeen.end(), offset));
+    mClaims = 0;
+    while (mNext < mBlock.end && stepOverBox()) {
+    }
+    if (mNext >= offset) mTail.clear();
+    if (mNext < mBlock.end)
+        mTail.insert(mTail.end(), data + std::max(mNext, offset) - offset, data + size);
+    return mClaims + trackClaim();
+}
+
+// False where the block cuts off what has to be known of the box.
+bool Mp4IndexClaims::stepOverBox() {
+    const int64_t parentEnd = mParents.empty() ? INT64_MAX : mParents.back().payload.end;
+    uint8_t header[kHeaderSize];
+    int64_t size = 0;
+    int64_t begin = mNext + kHeaderSize;
+    if (parentEnd - mNext >= kHeaderSize) {
+        if (!peek(mNext, header, sizeof(header))) return false;
+        size = loadBe32(header);
+        if (size == 1 && parentEnd - begin >= 8) {
+            uint8_t largeSize[8];
+            if (!peek(begin, largeSize, sizeof(largeSize))) return false;
+            // What falls below the smallest number comes out as a large one, as there.
+            if (__builtin_sub_overflow(static_cast<int64_t>(loadBe64(largeSize)), 8, &size))
+                size = INT64_MAX;
+            begin += 8;
+        }
+        if (size == 0) size = parentEnd - begin + kHeaderSize;
+    }
+    uint32_t type = size < kHeaderSize ? 0 : loadBe32(header + 4);
+    const bool isInTrack = mParents.empty() ? mTrack.begin < mNext && mNext < mTrack.end
+                                            : mParents.back().type != fourCharacterCode("moov");
+    const bool isMisplaced =
+            isInTrack && (type == fourCharacterCode("trak") || type == fourCharacterCode("mdat"));
+    if (size < kHeaderSize || isMisplaced || mParents.size() > kMaxDepth) {
+        // The demultiplexer gives up on the rest of the parent.
+        mNext = parentEnd;
+        if (!mParents.empty()) mParents.pop_back();
+        return true;
+    }
+    const ByteRange payload{begin, begin + std::min(size - kHeaderSize, parentEnd - begin)};
+    if (type == fourCharacterCode("free") || type == fourCharacterCode("hoov")) {
+        uint32_t first;  // of a hidden movie box
+        if (!peek32(begin + 4, &first)) return false;
+        if (first == fourCharacterCode("mvhd") || first == fourCharacterCode("cmov"))
+            type = fourCharacterCode("moov");
+    }
+    const int64_t box = mNext;
+    if (isEntered(type)) {
+        mParents.push_back({payload, type});
+        mNext = payload.begin;
+        if (type == fourCharacterCode("trak") || type == fourCharacterCode("moof")) leaveTrack();
+        if (type == fourCharacterCode("trak")) {
+            mTrack.begin = box;
+            mTrack.end = payload.end;
+        }
+    } else {
+        if (!take(type, payload.begin)) return false;
+        mNext = payload.end;
+        if (type == fourCharacterCode("stsc")) mTrack.chunkRuns = payload;
+        mTrack.isChanged = mTrack.isChanged || isTable(type);
+    }
+    mSeen.push_back(box);
+    return true;
+}
+
+uint64_t Mp4IndexClaims::trackClaim() {
+    if (mTrack.isChanged) {
+        mTrack.chunkEntries = mTrack.mayBeByChunks() && mTrack.chunks > 0 ? soundChunks() : 0;
+        mTrack.isChanged = false;
+    }
+    const bool byChunks = mTrack.isSound && mTrack.mayBeByChunks() && mTrack.firstDuration == 1;
+    // Room for the chunks' offsets is made before they are read.
+    return (byChunks ? 0 : mTrack.samples) + mTrack.chunkEntries + mTrack.chunks;
+}
+
+void Mp4IndexClaims::leaveTrack() {
+    mHasHeaderless = mHasHeaderless || (mTrack.end > 0 && mTrack.end <= mNext && !mTrack.hasHeader);
+    mClaims += trackClaim();
+    mTrack = {};
+}
+
+// False where the block cuts off a field.
+bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
+    uint32_t value = 0;
+    bool isWhole;
+    switch (type) {
+        case fourCharacterCode("tkhd"):
+            mTrack.hasHeader = true;
+            return true;
+        case fourCharacterCode("hdlr"):
+            // QuickTime has a second one, of the data handler.
+            if (!peek32(payload + 8, &value)) return false;
+            if (value == fourCharacterCode("soun")) mTrack.isSound = true;
+            if (value == fourCharacterCode("vide") || value == fourCharacterCode("subp") ||
+                value == fourCharacterCode("clcp"))
+                mTrack.isSound = false;
+            return true;
+        case fourCharacterCode("stts"):
+            if (!peek32(payload + 12, &value)) return false;
+            mTrack.firstDuration = static_cast<int32_t>(value);
+            return peek32(payload + 4, &mTrack.timeRuns);
+        case fourCharacterCode("stsz"):
+        case fourCharacterCode("stz2"):
+            return peekCount(payload + 8, &mTrack.samples);
+        case fourCharacterCode("stco"):
+        case fourCharacterCode("co64"):
+            return peekCount(payload + 4, &mTrack.chunks);
+        case fourCharacterCode("trun"):
+            isWhole = peekCount(payload + 4, &value);
+            if (value > 0) mClaims += mHasHeaderless ? kEndless : value;
+            return isWhole;
+        default:
+            return true;
+    }
+}
+
+// The demultiplexer makes one entry of up to 1024 samples of a chunk; where the sample description
+// asks for it, of 160, for which nothing is claimed here.
+uint64_t Mp4IndexClaims::soundChunks() const {
+    constexpr uint32_t kEntrySamples = 1024;
+    constexpr int64_t kHeadSize = 8;
+    constexpr int64_t kRunSize = 12;
+    ExactReader reader(mSource);
+    const auto read = [&](int64_t offset, uint32_t* value) {
+        return peek32(offset, value) || reader.read32(offset, value);
+    };
+    uint32_t runs;
+    if (!read(mTrack.chunkRuns.begin + 4, &runs)) return 0;
+    // The demultiplexer refuses more than the box holds.
+    if (runs > (mTrack.chunkRuns.size() - kHeadSize) / kRunSize) return 0;
+    uint64_t entries = 0;
+    for (int64_t i = 0; i < runs && entries <= kEndless; ++i) {
+        const int64_t run = mTrack.chunkRuns.begin + kHeadSize + i * kRunSize;
+        uint32_t first;
+        uint32_t samples;
+        uint32_t end = mTrack.chunks + 1;  // the first chunk of the next run
+        if (!read(run, &first) || !read(run + 4, &samples)) break;
+        if (i + 1 < runs && !read(run + kRunSize, &end)) break;
+        // A run that ends before it begins counts as one without end, as it does there.
+        const uint64_t chunks = end >= first ? end - first : kEndless;
+        entries += chunks * ((uint64_t{samples} + kEntrySamples - 1) / kEntrySamples);
+    }
+    return entries;
+}
+
+// Reads from the block and from what is kept of the one before it.
+bool Mp4IndexClaims::peek(int64_t offset, void* out, size_t size) const {
+    auto* to = static_cast<uint8_t*>(out);
+    const auto tailSize = static_cast<int64_t>(mTail.size());
+    const int64_t begin = mBlock.begin - tailSize;
+    if (offset < begin || mBlock.end - offset < static_cast<int64_t>(size)) return false;
+    for (size_t i = 0; i < size; ++i) {
+        const int64_t at = offset - begin + static_cast<int64_t>(i);
+        to[i] = at < tailSize ? mTail[static_cast<size_t>(at)] : mData[at - tailSize];
+    }
+    return true;
+}
+
+// One that is cut off counts with zeros for its missing bytes, as it does there at the end of file.
+bool Mp4IndexClaims::peekCount(int64_t offset, uint32_t* value) const {
+    uint8_t bytes[4] = {};
+    int64_t found = 0;
+    while (found < 4 && peek(offset + found, &bytes[found], 1))
+        ++found;
+    *value = loadBe32(bytes);
+    return found == 4;
+}
+
+bool Mp4IndexClaims::peek32(int64_t offset, uint32_t* value) const {
+    uint8_t bytes[4];
+    if (!peek(offset, bytes, sizeof(bytes))) return false;
+    *value = loadBe32(bytes);
+    return true;
+}
+
+}  // namespace orvel

@@ -1,0 +1,79 @@
+// How many index entries the boxes of an MP4 file make the demultiplexer build: a sample size table
+// of one size for all (ISO/IEC 14496-12, 8.7.3), the chunks of uncompressed sound (8.7.4) and a
+// track run (8.8.8) claim any number of samples in a few bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "ByteSource.h"
+#include "Mp4Box.h"
+
+namespace orvel {
+
+// Follows the demultiplexer's reads of boxes, block by block, and looks at each header on the way,
+// before the block is handed on. Boxes are found where the demultiplexer reads on from box to box,
+// and where it jumps to one. Not found are those inside 'meta', 'wave' and sample descriptions, and
+// compressed movies ('cmov').
+//
+// A box whose head a block cuts off is looked at with the block after it. The source is read only
+// for the chunks of tracks whose samples last one tick, where another block had them. Not
+// thread-safe.
+class Mp4IndexClaims {
+  public:
+    explicit Mp4IndexClaims(ByteSource& source) : mSource(source) {}
+
+    // The demultiplexer is about to see the size bytes at offset. Returns how many entries it may
+    // add to its index, and to its list of chunks, because of them: those of the track whose tables
+    // they go on with, of the tracks that they hold, and of the track runs. A track run beside a
+    // track without a header counts as endless: the demultiplexer spends seconds on each.
+    uint64_t inBlock(int64_t offset, const uint8_t* data, size_t size);
+
+  private:
+    struct Track {
+        int64_t begin = 0;  // of the box
+        int64_t end = 0;    // 0: no track
+        bool hasHeader = false;
+        bool isSound = false;
+        uint32_t samples = 0;
+        uint32_t chunks = 0;
+        uint32_t timeRuns = 0;
+        int32_t firstDuration = 0;
+        ByteRange chunkRuns;        // the payload of 'stsc'
+        uint64_t chunkEntries = 0;  // of sound that is indexed by chunks
+
+        bool isChanged = false;  // chunkEntries is to be counted again
+
+        // Sound whose samples last one tick each is, whatever its number of samples. The
+        // demultiplexer makes one tick of a negative duration in some versions, and sound of a
+        // track by its codec.
+        bool mayBeByChunks() const { return timeRuns == 1 && firstDuration <= 1; }
+    };
+    struct Parent {
+        ByteRange payload;
+        uint32_t type;
+    };
+
+    bool stepOverBox();
+    void leaveTrack();
+    uint64_t trackClaim();
+    bool take(uint32_t type, int64_t payload);
+    uint64_t soundChunks() const;
+    bool peek(int64_t offset, void* out, size_t size) const;
+    bool peekCount(int64_t offset, uint32_t* value) const;
+    bool peek32(int64_t offset, uint32_t* value) const;
+
+    ByteSource& mSource;
+    ByteRange mBlock;
+    const uint8_t* mData = nullptr;
+    std::vector<uint8_t> mTail;    // what lies before the block, from mNext on
+    std::vector<Parent> mParents;  // the boxes that mNext lies in
+    int64_t mNext = 0;             // the next box
+    Track mTrack;
+    std::vector<int64_t> mSeen;   // begins of the boxes that lie in the block, ascending
+    bool mHasHeaderless = false;  // some track had no 'tkhd'
+    uint64_t mClaims = 0;         // of the block, without mTrack's
+};
+
+}  // namespace orvel
