@@ -40,7 +40,7 @@ class DataSource {
 
     /**
      * Reads up to `size` bytes at byte `offset` into `data`. Returns the bytes read (fewer than
-     * asked are allowed anywhere, as from a network), 0 at or behind the end, or a negative
+     * asked are allowed anywhere, as from a network), 0 at or past the end, or a negative
      * android::status_t. May block.
      */
     virtual ssize_t readAt(off64_t offset, void* data, size_t size) = 0;

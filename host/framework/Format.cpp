@@ -1,6 +1,6 @@
 #include "framework/Format.h"
 
-#include <standin/format_entries.h>
+#include <standin/FormatEntries.h>
 
 #include <stdexcept>
 #include <type_traits>
@@ -16,8 +16,7 @@ template <FormatType type, typename T>
 constexpr bool kStandsAt =
         std::is_same_v<std::variant_alternative_t<static_cast<size_t>(type), FormatValue>, T>;
 static_assert(kStandsAt<FormatType::Int32, int32_t> && kStandsAt<FormatType::Int64, int64_t> &&
-              kStandsAt<FormatType::Float, float> && kStandsAt<FormatType::Double, double> &&
-              kStandsAt<FormatType::Size, size_t> && kStandsAt<FormatType::String, std::string> &&
+              kStandsAt<FormatType::Float, float> && kStandsAt<FormatType::String, std::string> &&
               kStandsAt<FormatType::Buffer, FormatBytes> &&
               kStandsAt<FormatType::Rect, FormatRect>);
 
@@ -29,10 +28,6 @@ FormatValue copyOf(const standin::FormatValue& value) {
             return value.int64;
         case FormatType::Float:
             return value.floatValue;
-        case FormatType::Double:
-            return value.doubleValue;
-        case FormatType::Size:
-            return value.sizeValue;
         case FormatType::String:
             return std::string(value.string);
         case FormatType::Buffer: {
@@ -63,18 +58,6 @@ std::optional<int64_t> FormatView::int64(const char* key) const {
     return fetch<int64_t>(mFormat, key, AMediaFormat_getInt64);
 }
 
-std::optional<float> FormatView::floatValue(const char* key) const {
-    return fetch<float>(mFormat, key, AMediaFormat_getFloat);
-}
-
-std::optional<double> FormatView::doubleValue(const char* key) const {
-    return fetch<double>(mFormat, key, AMediaFormat_getDouble);
-}
-
-std::optional<size_t> FormatView::size(const char* key) const {
-    return fetch<size_t>(mFormat, key, AMediaFormat_getSize);
-}
-
 std::optional<std::string> FormatView::string(const char* key) const {
     const char* text = nullptr;
     if (!AMediaFormat_getString(mFormat, key, &text)) return std::nullopt;
@@ -87,14 +70,6 @@ std::optional<FormatBytes> FormatView::buffer(const char* key) const {
     if (!AMediaFormat_getBuffer(mFormat, key, &data, &size)) return std::nullopt;
     const auto* bytes = static_cast<const uint8_t*>(data);
     return FormatBytes(bytes, bytes + size);
-}
-
-std::optional<FormatRect> FormatView::rect(const char* key) const {
-    FormatRect rect{};
-    if (!AMediaFormat_getRect(mFormat, key, &rect[0], &rect[1], &rect[2], &rect[3])) {
-        return std::nullopt;
-    }
-    return rect;
 }
 
 std::vector<FormatEntry> FormatView::entries() const {

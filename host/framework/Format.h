@@ -24,8 +24,7 @@ using FormatRect = std::array<int32_t, 4>;
 using FormatBytes = std::vector<uint8_t>;
 
 /** One value; the alternatives stand in the order of standin::FormatType. */
-using FormatValue =
-        std::variant<int32_t, int64_t, float, double, size_t, std::string, FormatBytes, FormatRect>;
+using FormatValue = std::variant<int32_t, int64_t, float, std::string, FormatBytes, FormatRect>;
 
 struct FormatEntry {
     std::string key;
@@ -44,12 +43,8 @@ class FormatView {
 
     std::optional<int32_t> int32(const char* key) const;
     std::optional<int64_t> int64(const char* key) const;
-    std::optional<float> floatValue(const char* key) const;
-    std::optional<double> doubleValue(const char* key) const;
-    std::optional<size_t> size(const char* key) const;
     std::optional<std::string> string(const char* key) const;
     std::optional<FormatBytes> buffer(const char* key) const;
-    std::optional<FormatRect> rect(const char* key) const;
 
     /** Every entry, copied, ordered by key name. */
     std::vector<FormatEntry> entries() const;

@@ -23,6 +23,15 @@ void LatchSource::release() {
     mOffset.reset();
     mCall.reset();
     ++mReleases;
+    mBlocked = 0;
+    mReleased.notify_all();
+}
+
+void LatchSource::step() {
+    std::lock_guard<std::mutex> lock(mLock);
+    mCall = mCalls + 1;
+    ++mReleases;
+    mBlocked = 0;
     mReleased.notify_all();
 }
 
@@ -51,7 +60,6 @@ ssize_t LatchSource::readAt(off64_t offset, void* data, size_t size) {
             ++mBlocked;
             mChanged.notify_all();
             mReleased.wait(lock, [&] { return mReleases != releases; });
-            --mBlocked;
         }
     }
     // Leaves by destruction, so that an inner source that throws does not hang the destructor.

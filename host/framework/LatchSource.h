@@ -19,11 +19,13 @@ class LatchSource final : public SourceDecorator {
     /** Releases blocked reads and waits until they have left. */
     ~LatchSource() override;
 
-    /** From now on reads that reach to byte `offset` or behind it block. Any thread. */
+    /** From now on reads that reach byte `offset` or beyond block. Any thread. */
     void armAtOffset(off64_t offset);
     /** From now on the readAt call of this number (from 1, over all threads) and later ones block.
      */
     void armAtCall(uint64_t call);
+    /** Lets every blocked read go on; the next one blocks again. Any thread. */
+    void step();
     /** Disarms, and lets every blocked read go on. Any thread; nothing happens when not armed. */
     void release();
 
