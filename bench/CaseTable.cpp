@@ -1,70 +1,88 @@
-#include <cstring>
-
 #include "Case.h"
 
 namespace orvel::bench {
+namespace {
+
+using host::SeekMode;
+
+constexpr File kMovie = {"movie.mp4", "mov"};
+constexpr File kClip = {"clip.mp4", "mov"};
+constexpr File kSong = {"song.mp3", "mp3"};
+constexpr File kSound = {"sound.aiff", "aiff", true};
+constexpr int kLateUs = 2000;
 
 // clang-format off
-const Case kCases[] = {
-    {"movie", "600 MB 1080p H.264 + E-AC-3 MP4, all tracks by time", Media::Movie,
-     bareRead, pluginRead, Bound::Ratio, 1.10},
-    {"mp3", "1 h MP3, one track", Media::Song,
-     bareRead, pluginRead, Bound::Ratio, 1.5},
-    {"aiff", "1 h 16-bit big-endian AIFF; the bare loop swaps bytes", Media::Sound,
-     bareReadSwapped, pluginRead, Bound::Ratio, 1.10},
-    {"movie-work", "the MP4, a consumer works as long as the bare loop takes", Media::Movie,
-     bareReadAndWork, pluginReadAndWork, Bound::Ratio, 0.70, Same::SamplesAndBytes, prepareWork},
-    {"first-sample", "open to first video sample, every readAt 2 ms late", Media::Clip,
-     bareFirstSample, pluginFirstSample, Bound::Ratio, 1.2},
-    {"seek-mode0", "200 random seeks of mode 0 to the first sample", Media::Movie,
-     bareSeeks, pluginSeeksPrevious, Bound::Ratio, 1.3, Same::Samples},
-    {"seek-mode3", "200 random seeks of mode 3 to the first sample", Media::Movie,
-     bareSeeks, pluginSeeksClosest, Bound::Ratio, 1.3, Same::Samples},
-    {"open-close", "open to first sample to close, 10 s MP4", Media::Clip,
-     bareOpenClose, pluginOpenClose, Bound::Ratio, 1.3},
-    {"sniff-mp4", "sniffing, taken: MP4 with E-AC-3", Media::Clip,
-     bareSniffTaken, pluginSniffTaken, Bound::Ratio, 1.2},
-    {"sniff-mkv", "sniffing, taken: Matroska with E-AC-3", Media::ClipMatroska,
-     bareSniffTaken, pluginSniffTaken, Bound::Ratio, 1.2},
-    {"sniff-mp3", "sniffing, taken: MP3", Media::Song,
-     bareSniffTaken, pluginSniffTaken, Bound::Ratio, 1.2},
-    {"sniff-aiff", "sniffing, taken: AIFF", Media::Sound,
-     bareSniffTaken, pluginSniffTaken, Bound::Ratio, 1.2},
-    {"sniff-flac", "sniffing, taken: FLAC", Media::Flac,
-     bareSniffTaken, pluginSniffTaken, Bound::Ratio, 1.2},
-    {"sniff-aac", "sniffing, declined: MP4 with AAC", Media::ClipAac,
-     bareSniffDeclined, pluginSniffDeclined, Bound::Ratio, 1.2},
-    {"sniff-ogg", "sniffing, declined: Ogg", Media::Ogg,
-     bareSniffDeclined, pluginSniffDeclined, Bound::Ratio, 1.2},
-    {"sniff-noise", "sniffing, declined: noise", Media::Noise,
-     bareSniffDeclined, pluginSniffDeclined, Bound::Ratio, 1.2},
-    {"memory-movie", "peak memory over the bare loop, the MP4", Media::Movie,
-     bareRead, pluginRead, Bound::Memory, 4},
-    {"memory-mp3", "peak memory over the bare loop, MP3", Media::Song,
-     bareRead, pluginRead, Bound::Memory, 4},
-    {"memory-aiff", "peak memory over the bare loop, AIFF", Media::Sound,
-     bareReadSwapped, pluginRead, Bound::Memory, 4},
-    {"slow-seek", "seek to first video sample, every readAt 2 ms late", Media::Movie,
-     bareSlowSeek, pluginSlowSeek, Bound::None, 0, Same::Samples},
-    {"uhd", "600 MB 4K H.264 of 100 Mbit/s + E-AC-3 MP4", Media::Uhd,
-     bareRead, pluginRead, Bound::None, 0},
-    {"late-audio", "Matroska with sound 40 s late, all tracks by time", Media::LateAudio,
-     bareRead, pluginRead, Bound::None, 0},
-    {"commands", "command latency, the reader idle, caches full", Media::Clip,
-     nullptr, pluginCommands, Bound::None, 0},
-    {"destroy", "stop and destroy with full caches", Media::Movie,
-     bareDestroy, pluginDestroy, Bound::None, 0},
-    {"many", "200 extractors at once: open, read by turns, close", Media::Clip,
-     bareMany, pluginMany, Bound::None, 0},
+std::vector<Target> whenQuiet(double ratio) {
+    return {{Figure::Time, ratio}, {Figure::Processor, ratio}, {Figure::Sleeps, 0.05}};
+}
+
+const std::vector<Target> kElsewhere = {{Figure::ProcessorOfQuiet, 1.2}, {Figure::Sleeps, 0.05}};
+const std::vector<Target> kMemory = {{Figure::Memory, 2}};
+
+Case reads(const char* name, const char* title, File file, const std::vector<Target>& targets,
+           Where where = Where::Quiet) {
+    return {.name = name, .title = title, .file = file, .bare = bareRead, .plugin = pluginRead,
+            .targets = targets, .where = where,
+            .ownProcess = targets.front().figure == Figure::Memory};
+}
+
+Case opens(const char* name, const char* title, int lateUs, int count, bool closes) {
+    return {.name = name, .title = title, .file = kClip, .bare = bareOpens, .plugin = pluginOpens,
+            .targets = {{Figure::Time, 1.05}}, .lateUs = lateUs, .count = count, .closes = closes};
+}
+
+Case seeks(const char* name, const char* title, SeekMode mode, double ratio, int lateUs,
+           int count) {
+    return {.name = name, .title = title, .file = kMovie, .bare = bareSeeks, .plugin = pluginSeeks,
+            .targets = {{Figure::Time, ratio}}, .lateUs = lateUs, .count = count, .mode = mode,
+            .sameBytes = false};
+}
+
+Case sniffs(const char* name, const char* title, File file, bool taken, int count) {
+    return {.name = name, .title = title, .file = file, .bare = bareSniffs, .plugin = pluginSniffs,
+            .targets = {{Figure::Time, 1.1}}, .count = count, .taken = taken};
+}
+
+}  // namespace
+
+const std::vector<Case> kCases = {
+    reads("movie", "600 MB 1080p H.264 + E-AC-3 MP4, all tracks by time", kMovie, whenQuiet(1.2)),
+    reads("mp3", "1 h MP3", kSong, whenQuiet(1.8)),
+    reads("aiff", "1 h 16-bit big-endian AIFF; the bare loop swaps bytes", kSound, whenQuiet(1.3)),
+    reads("movie-one-core", "the MP4 on one core", kMovie, kElsewhere, Where::OneCore),
+    reads("mp3-one-core", "the MP3 on one core", kSong, kElsewhere, Where::OneCore),
+    reads("aiff-one-core", "the AIFF on one core", kSound, kElsewhere, Where::OneCore),
+    reads("movie-loaded", "the MP4 beside three busy loops", kMovie, kElsewhere, Where::Loaded),
+    reads("mp3-loaded", "the MP3 beside three busy loops", kSong, kElsewhere, Where::Loaded),
+    reads("aiff-loaded", "the AIFF beside three busy loops", kSound, kElsewhere, Where::Loaded),
+    {.name = "movie-work", .title = "the MP4; a consumer works as long as the bare loop takes",
+     .file = kMovie, .bare = bareRead, .plugin = pluginRead,
+     .targets = {{Figure::Time, 0.75}}, .works = true},
+    opens("first-sample", "open to first video sample, every readAt 2 ms late", kLateUs, 3, false),
+    seeks("seek-mode0", "random seeks of mode 0 to the first video sample",
+          SeekMode::PreviousSync, 1.8, 0, 200),
+    seeks("seek-mode3", "random seeks of mode 3 to the first video sample",
+          SeekMode::Closest, 1.8, 0, 200),
+    seeks("late-seek-mode0", "the same of mode 0, every readAt 2 ms late",
+          SeekMode::PreviousSync, 2.2, kLateUs, 30),
+    seeks("late-seek-mode3", "the same of mode 3, every readAt 2 ms late",
+          SeekMode::Closest, 2.2, kLateUs, 30),
+    {.name = "stop-start", .title = "stop and start of the sound while the pictures are read, every "
+     "readAt 2 ms late", .file = kMovie, .plugin = pluginStopStart,
+     .targets = {{Figure::WorstReads, 3}}, .lateUs = kLateUs, .count = 5},
+    opens("open-close", "open to first video sample to close, 10 s MP4", 0, 20, true),
+    sniffs("sniff-mp4", "sniffing, taken: MP4 with E-AC-3", kClip, true, 10),
+    sniffs("sniff-mkv", "sniffing, taken: Matroska with E-AC-3", {"clip.mkv", "matroska"}, true, 10),
+    sniffs("sniff-mp3", "sniffing, taken: MP3", kSong, true, 100),
+    sniffs("sniff-aiff", "sniffing, taken: AIFF", kSound, true, 100),
+    sniffs("sniff-flac", "sniffing, taken: FLAC", {"sound.flac", "flac"}, true, 100),
+    sniffs("sniff-aac", "sniffing, declined: MP4 with AAC", {"clip-aac.mp4", "mov"}, false, 10),
+    sniffs("sniff-ogg", "sniffing, declined: Ogg", {"sound.ogg", "ogg"}, false, 100),
+    sniffs("sniff-noise", "sniffing, declined: noise", {"noise.bin", nullptr}, false, 100),
+    reads("memory-movie", "peak memory, the MP4", kMovie, kMemory),
+    reads("memory-mp3", "peak memory, the MP3", kSong, kMemory),
+    reads("memory-aiff", "peak memory, the AIFF", kSound, kMemory),
 };
 // clang-format on
-const size_t kCaseCount = sizeof(kCases) / sizeof(kCases[0]);
-
-const Case* findCase(const char* name) {
-    for (const Case& row : kCases) {
-        if (strcmp(row.name, name) == 0) return &row;
-    }
-    return nullptr;
-}
 
 }  // namespace orvel::bench

@@ -1,14 +1,25 @@
 #pragma once
 
-#include <chrono>
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <vector>
 
-#include "HeapCount.h"
-#include "Measure.h"
+#include "framework/CountingSource.h"
 
 namespace orvel::bench {
+
+/** What one turn of one side cost, in its metered stretches only. */
+struct Measure {
+    double seconds = 0;
+    double cpuSeconds = 0;  // CLOCK_PROCESS_CPUTIME_ID: all threads
+    double sleeps = 0;      // voluntary context switches of all threads
+    double reads = 0;       // of the source
+    double worstReads = 0;  // of the source, during one command
+    double peakBytes = 0;   // resident, the libraries included; only of a turn in its own process
+    uint64_t samples = 0;   // whatever the case repeats: samples, seeks, opens, files sniffed
+    uint64_t bytes = 0;     // delivered
+};
 
 /**
  * Meters one turn of one side: a case encloses what counts in begin() and end(), as often as it
@@ -16,41 +27,39 @@ namespace orvel::bench {
  */
 class Meter {
   public:
-    Meter() = default;
-    /** For an accounted turn: notes, too, what `source` saw, which must outlive the meter. */
-    explicit Meter(const host::CountingSource& source) : mSource(&source) {}
+    /** `source`, which must outlive the meter, is the one that the turn reads. */
+    explicit Meter(const host::CountingSource& source) : mSource(source) {}
 
     void begin();
     void end();
-
-    /** Between begin and end, for each sample. */
+    /** For each sample. */
     void delivered(size_t bytes) {
         mMeasure.bytes += bytes;
-        if (++mMeasure.samples == kSteadyFrom) mSteadyAllocations = heapCounts().allocations;
+        ++mMeasure.samples;
+    }
+    /** Runs one command, metered, and keeps the most reads that one took. */
+    template <typename Command>
+    void command(Command run) {
+        const double before = mMeasure.reads;
+        begin();
+        run();
+        end();
+        mMeasure.worstReads = std::max(mMeasure.worstReads, mMeasure.reads - before);
+        delivered(0);
     }
 
-    void figure(std::string name, double value, std::string unit);
-
-    /** Seconds metered so far. */
-    double seconds() const { return mMeasure.seconds; }
-
-    /** Everything, after the last end(). */
-    Measure result() const;
+    const Measure& result() const { return mMeasure; }
 
   private:
-    // From this sample on, of twice as many at least, nothing is met for the first time any more.
-    static constexpr uint64_t kSteadyFrom = 1000;
+    // Of the process since it began; without the wall clock.
+    Measure now() const;
 
-    const host::CountingSource* const mSource = nullptr;
+    const host::CountingSource& mSource;
     Measure mMeasure;
-    uint64_t mAllocations = 0;        // in all metered stretches
-    uint64_t mSteadyAllocations = 0;  // the heap's count at sample kSteadyFrom
-    uint64_t mLastAllocations = 0;    // the heap's count at the last end()
-    // At the last begin().
-    std::chrono::steady_clock::time_point mBegin;
-    Usage mBeginUsage;
-    host::SourceCounts mBeginSource;
-    uint64_t mBeginAllocations = 0;
+    Measure mBegin;  // the process's state at the last begin()
 };
+
+/** The middle one; the mean of the two middle ones of an even number. Not of none. */
+double median(std::vector<double> values);
 
 }  // namespace orvel::bench

@@ -3,21 +3,22 @@
 #include <strings.h>
 
 #include <cstring>
+#include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace orvel::bench {
 
 host::SniffResult sniffTaken(const host::Plugin& plugin, host::DataSource& source) {
     host::SniffResult result = plugin.sniff(source);
-    if (!result.taken()) throw PluginSideError("the plug-in declines a file that it should take");
+    if (!result.taken())
+        throw std::runtime_error("the plug-in declines a file that it should take");
     return result;
 }
 
 Session::Session(const host::Plugin& plugin, host::DataSource& source, host::SniffResult&& taken)
     : mExtractor(plugin.create(source, std::move(taken))) {
-    if (!mExtractor) throw PluginSideError("the plug-in makes no extractor");
+    if (!mExtractor) throw std::runtime_error("the plug-in makes no extractor");
     host::Format fileFormat;
     mExtractor->fileFormat(&fileFormat);
     const size_t count = mExtractor->countTracks();
@@ -26,10 +27,10 @@ Session::Session(const host::Plugin& plugin, host::DataSource& source, host::Sni
         mExtractor->trackFormat(i, host::Extractor::kIncludeExtensiveMetaData, &format);
     }
     mPlayer.emplace(*mExtractor);
-    if (count == 0) throw PluginSideError("the plug-in gives no tracks");
+    if (count == 0) throw std::runtime_error("the plug-in gives no tracks");
     for (size_t i = 0; i < count; ++i) {
         if (mPlayer->track(i) == nullptr) {
-            throw PluginSideError("track " + std::to_string(i) + " does not start");
+            throw std::runtime_error("track " + std::to_string(i) + " does not start");
         }
     }
 }
@@ -41,28 +42,15 @@ size_t Session::position(const char* mimePrefix) const {
         const auto mime = format.string(host::kKeyMime);
         if (mime && strncasecmp(mime->c_str(), mimePrefix, strlen(mimePrefix)) == 0) return i;
     }
-    throw PluginSideError(std::string("no track of type ") + mimePrefix);
+    throw std::runtime_error(std::string("no track of type ") + mimePrefix);
 }
 
 host::Buffer readSample(host::Track& track, const host::ReadOptions& options) {
     host::ReadResult result = track.read(options);
     if (result.status != android::OK || !result.buffer) {
-        throw PluginSideError("a read ended with status " + std::to_string(result.status));
+        throw std::runtime_error("a read ended with status " + std::to_string(result.status));
     }
     return std::move(result.buffer);
-}
-
-void waitUntilIdle(const host::CountingSource& source) {
-    using namespace std::chrono_literals;
-    // Longer than a busy machine keeps a thread from its core.
-    constexpr int kQuietLooks = 20;
-    uint64_t calls = source.counts().calls;
-    for (int quiet = 0; quiet < kQuietLooks; ++quiet) {
-        std::this_thread::sleep_for(2ms);
-        const uint64_t now = source.counts().calls;
-        if (now != calls) quiet = 0;
-        calls = now;
-    }
 }
 
 }  // namespace orvel::bench

@@ -1,23 +1,14 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
-#include <stdexcept>
 
-#include "framework/CountingSource.h"
 #include "framework/Extractor.h"
 #include "framework/Player.h"
 #include "framework/Plugin.h"
 
 namespace orvel::bench {
 
-/** The plug-in did not do what a case asks of it. */
-class PluginSideError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
-/** Throws PluginSideError when the plug-in declines. */
+/** Throws std::runtime_error when the plug-in declines. */
 host::SniffResult sniffTaken(const host::Plugin& plugin, host::DataSource& source);
 
 /**
@@ -26,11 +17,11 @@ host::SniffResult sniffTaken(const host::Plugin& plugin, host::DataSource& sourc
  */
 class Session {
   public:
-    /** Throws PluginSideError when no extractor is made or a track does not start. */
+    /** Throws std::runtime_error when no extractor is made or a track does not start. */
     Session(const host::Plugin& plugin, host::DataSource& source, host::SniffResult&& taken);
 
     host::Player& player() { return *mPlayer; }
-    /** The first track whose MIME type begins so. Throws PluginSideError when there is none. */
+    /** The first track whose MIME type begins so. Throws std::runtime_error without one. */
     size_t position(const char* mimePrefix) const;
     host::Track& track(size_t position) { return *mPlayer->track(position); }
 
@@ -39,13 +30,7 @@ class Session {
     std::optional<host::Player> mPlayer;
 };
 
-/** One sample. Throws PluginSideError when the read gives none. */
+/** One sample. Throws std::runtime_error when the read gives none. */
 host::Buffer readSample(host::Track& track, const host::ReadOptions& options = {});
-
-/**
- * Waits until the source has been left alone for some milliseconds: caches are full, the reader is
- * idle.
- */
-void waitUntilIdle(const host::CountingSource& source);
 
 }  // namespace orvel::bench

@@ -1,8 +1,9 @@
 // A whole file: every sample of every track, as fast as it comes or with a consumer that works.
 #include <media/stagefright/MediaErrors.h>
 
-#include <chrono>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "BareLoop.h"
 #include "Case.h"
@@ -21,91 +22,51 @@ void work(uint64_t steps) {
     }
 }
 
-double secondsOfBareLoop(Turn& turn, uint64_t* samples) {
-    Meter meter;
-    Turn once{turn.plugin, turn.source, turn.media, meter};
-    bareRead(once);
-    const Measure measure = meter.result();
-    *samples = measure.samples;
-    return measure.seconds;
-}
+}  // namespace
 
-template <typename OnPacket>
-void bareReadWith(Turn& turn, OnPacket onPacket) {
-    BareDemuxer demuxer(turn.source, turn.media.demuxer);
+void bareRead(Turn& turn) {
+    BareDemuxer demuxer(turn.source, turn.row.file.demuxer);
+    Payload payload;
     turn.meter.begin();
-    while (const AVPacket* packet = demuxer.next())
-        onPacket(*packet);
+    while (const AVPacket* packet = demuxer.next()) {
+        turn.meter.delivered(turn.row.file.isBigEndian ? payload.swap16(*packet)
+                                                       : payload.copy(*packet));
+        work(turn.work);
+    }
     turn.meter.end();
 }
 
-void pluginReadWith(Turn& turn, const host::Player::OnSample& onSample) {
+void pluginRead(Turn& turn) {
     Session session(turn.plugin, turn.source, sniffTaken(turn.plugin, turn.source));
     turn.meter.begin();
-    const auto results = session.player().play({}, onSample);
+    const auto results = session.player().play({}, [&](size_t, host::Buffer& buffer) {
+        turn.meter.delivered(buffer.size());  // the copy was the plug-in's own
+        work(turn.work);
+        return true;
+    });
     turn.meter.end();
-    double bytes = 0;
-    for (const auto& result : results)
-        bytes += static_cast<double>(result.bytes);
-    turn.meter.figure("delivered", 1e-6 * bytes / turn.meter.seconds(), "MB/s");
     for (const auto& result : results) {
         if (result.status != android::ERROR_END_OF_STREAM) {
-            throw PluginSideError("track " + std::to_string(result.index) + " ended with status " +
-                                  std::to_string(result.status));
+            throw std::runtime_error("track " + std::to_string(result.index) +
+                                     " ended with status " + std::to_string(result.status));
         }
     }
 }
 
-}  // namespace
-
-void bareRead(Turn& turn) {
-    Payload payload;
-    bareReadWith(turn, [&](const AVPacket& packet) { turn.meter.delivered(payload.copy(packet)); });
-}
-
-void bareReadSwapped(Turn& turn) {
-    Payload payload;
-    bareReadWith(turn,
-                 [&](const AVPacket& packet) { turn.meter.delivered(payload.swap16(packet)); });
-}
-
-void pluginRead(Turn& turn) {
-    // The copy into the framework's buffer is the plug-in's own.
-    pluginReadWith(turn, [&](size_t, host::Buffer& buffer) {
-        turn.meter.delivered(buffer.size());
-        return true;
-    });
-}
-
-uint64_t prepareWork(Turn& turn) {
-    constexpr int kRuns = 3;
+uint64_t workOfBareLoop(Turn& turn) {
     constexpr uint64_t kSteps = 20'000'000;
-    std::vector<double> loops, steps;
-    uint64_t samples = 1;
-    for (int i = 0; i < kRuns; ++i) {
-        loops.push_back(secondsOfBareLoop(turn, &samples));
-        const auto begin = std::chrono::steady_clock::now();
+    std::vector<double> steps;
+    for (int i = 0; i < 3; ++i) {
+        Turn loop{turn.plugin, turn.source, turn.row};
+        bareRead(loop);
+        Meter meter(turn.source);
+        meter.begin();
         work(kSteps);
-        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-        steps.push_back(took.count() / kSteps);
+        meter.end();
+        steps.push_back(kSteps * loop.meter.result().seconds / meter.result().seconds /
+                        static_cast<double>(loop.meter.result().samples));
     }
-    return static_cast<uint64_t>(median(loops) / median(steps) / static_cast<double>(samples));
-}
-
-void bareReadAndWork(Turn& turn) {
-    Payload payload;
-    bareReadWith(turn, [&](const AVPacket& packet) {
-        turn.meter.delivered(payload.copy(packet));
-        work(turn.work);
-    });
-}
-
-void pluginReadAndWork(Turn& turn) {
-    pluginReadWith(turn, [&](size_t, host::Buffer& buffer) {
-        turn.meter.delivered(buffer.size());
-        work(turn.work);
-        return true;
-    });
+    return static_cast<uint64_t>(median(steps));
 }
 
 }  // namespace orvel::bench

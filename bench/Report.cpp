@@ -1,161 +1,213 @@
 #include "Report.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
+#include <iterator>
 #include <nlohmann/json.hpp>
-
-#include "MeasureJson.h"
 
 namespace orvel::bench {
 namespace {
 
-constexpr const char* kNone = "-";
+using Json = nlohmann::ordered_json;
 
-[[gnu::format(printf, 1, 2)]] std::string format(const char* pattern, ...) {
-    va_list arguments, again;
-    va_start(arguments, pattern);
-    va_copy(again, arguments);
-    const int length = vsnprintf(nullptr, 0, pattern, arguments);
-    va_end(arguments);
-    std::string text(static_cast<size_t>(std::max(length, 0)), '\0');
-    vsnprintf(text.data(), text.size() + 1, pattern, again);
-    va_end(again);
+constexpr double kMiB = 1024 * 1024;
+
+/** How a target's figure comes from one round. */
+enum class Relation { Ratio, Difference, OfQuiet, Plain };
+
+struct FigureText {
+    const char* name;
+    const char* unit;  // of the two sides' columns
+    double Measure::*field;
+    double scale;
+    Relation relation;
+    bool perSample = false;
+};
+
+// By Figure.
+constexpr FigureText kFigures[] = {
+        {"time / bare", "ms", &Measure::seconds, 1e3, Relation::Ratio},
+        {"processor time / bare", "ms", &Measure::cpuSeconds, 1e3, Relation::Ratio},
+        {"processor time / own when quiet", "", &Measure::cpuSeconds, 1, Relation::OfQuiet},
+        {"sleeps a sample", "", &Measure::sleeps, 1, Relation::Plain, true},
+        {"source reads in one command", "", &Measure::worstReads, 1, Relation::Plain},
+        {"peak memory - bare", "MiB", &Measure::peakBytes, 1 / kMiB, Relation::Difference},
+};
+
+const FigureText& textOf(Figure figure) {
+    return kFigures[static_cast<size_t>(figure)];
+}
+
+double valueOf(const FigureText& figure, const Measure& measure, const Measure& quiet) {
+    const double value = figure.scale * (measure.*figure.field);
+    if (figure.relation == Relation::OfQuiet) return value / (quiet.*figure.field);
+    return figure.perSample ? value / static_cast<double>(measure.samples) : value;
+}
+
+double bareOf(const FigureText& figure, const Round& round) {
+    return valueOf(figure, round.bare, round.quietBare);
+}
+
+double pluginOf(const FigureText& figure, const Round& round) {
+    return valueOf(figure, round.plugin, round.quietPlugin);
+}
+
+double resultOf(const FigureText& figure, const Round& round) {
+    const double plugin = pluginOf(figure, round);
+    if (figure.relation == Relation::Ratio) return plugin / bareOf(figure, round);
+    if (figure.relation == Relation::Difference) return plugin - bareOf(figure, round);
+    return plugin;
+}
+
+using Value = double (*)(const FigureText& figure, const Round& round);
+
+std::vector<double> values(const CaseResult& result, const FigureText& figure, Value value) {
+    std::vector<double> all;
+    for (const Round& round : result.rounds)
+        all.push_back(value(figure, round));
+    return all;
+}
+
+// Null for the bare loop's share where there is none.
+Json middle(const CaseResult& result, const FigureText& figure, Value value) {
+    const bool needsBare =
+            value == bareOf || (value == resultOf && figure.relation == Relation::Ratio);
+    if (needsBare && result.row->bare == nullptr) return nullptr;
+    return median(values(result, figure, value));
+}
+
+/** Lines of as many cells as there are keys: text, numbers, or null for what does not exist. */
+struct Table {
+    std::vector<const char*> keys;
+    std::vector<std::vector<Json>> lines;
+};
+
+Table targetTable(const std::vector<CaseResult>& results) {
+    Table table{{"case", "figure", "unit", "bare", "plug-in", "result", "lowest", "highest",
+                 "target", "verdict"},
+                {}};
+    for (const CaseResult& result : results) {
+        for (const Target& target : result.row->targets) {
+            const FigureText& figure = textOf(target.figure);
+            const std::vector<double> all = values(result, figure, resultOf);
+            const auto [low, high] = std::minmax_element(all.begin(), all.end());
+            // What holds for each single command holds in each round.
+            const double value = target.figure == Figure::WorstReads ? *high : median(all);
+            const double limit = target.limit + result.fullRuleMiB;
+            table.lines.push_back({result.row->name, figure.name, figure.unit,
+                                   middle(result, figure, bareOf), middle(result, figure, pluginOf),
+                                   value, *low, *high, limit, value <= limit ? "met" : "MISSED"});
+        }
+    }
+    return table;
+}
+
+Table costTable(const std::vector<CaseResult>& results) {
+    constexpr FigureText kReads = {"", "", &Measure::reads, 1, Relation::Plain};
+    const FigureText& time = textOf(Figure::Time);
+    const FigureText& processor = textOf(Figure::Processor);
+    const FigureText& sleeps = textOf(Figure::Sleeps);
+    Table table{{"case", "samples", "bare ms", "plug-in ms", "ratio", "bare processor ms",
+                 "plug-in processor ms", "processor ratio", "plug-in sleeps a sample",
+                 "bare source reads", "plug-in source reads", "what"},
+                {}};
+    for (const CaseResult& result : results) {
+        if (result.row->ownProcess) continue;
+        table.lines.push_back({result.row->name, result.rounds.front().plugin.samples,
+                               middle(result, time, bareOf), middle(result, time, pluginOf),
+                               middle(result, time, resultOf), middle(result, processor, bareOf),
+                               middle(result, processor, pluginOf),
+                               middle(result, processor, resultOf),
+                               middle(result, sleeps, pluginOf), middle(result, kReads, bareOf),
+                               middle(result, kReads, pluginOf), result.row->title});
+    }
+    return table;
+}
+
+std::string cellText(const Json& cell) {
+    if (cell.is_null()) return "-";
+    if (cell.is_string()) return cell.get<std::string>();
+    const double value = cell.get<double>();
+    char text[32];
+    const int digits = cell.is_number_integer() || value >= 1000 ? 0 : value < 10 ? 3 : 1;
+    snprintf(text, sizeof(text), "%.*f", digits, value);
     return text;
 }
 
-std::string timeText(double seconds) {
-    if (seconds >= 1) return format("%.2f s", seconds);
-    if (seconds >= 1e-3) return format("%.2f ms", 1e3 * seconds);
-    return format("%.1f us", 1e6 * seconds);
-}
-
-// "plug-in / bare", the latter only where there is one.
-std::string both(const CaseResult& result, const char* pattern,
-                 double (*value)(const SideResult& side)) {
-    char one[32];
-    snprintf(one, sizeof(one), pattern, value(result.plugin));
-    std::string text = one;
-    if (result.row->bare == nullptr) return text;
-    snprintf(one, sizeof(one), pattern, value(result.bare));
-    return text + " / " + one;
-}
-
-const Measure& counted(const SideResult& side) {
-    return side.accountedTurns.front();
-}
-
-double perSample(double value, const SideResult& side) {
-    return value / static_cast<double>(std::max<uint64_t>(side.samples(), 1));
-}
-
-// Of a sample where many are measured one after the other, else of the whole turn.
-bool isPerSample(const CaseResult& result) {
-    return result.plugin.samples() <= 1000;
-}
-
-std::string sideTime(const CaseResult& result, const SideResult& side) {
-    const double seconds = side.medianSeconds();
-    return isPerSample(result) ? timeText(perSample(seconds, side)) + " each" : timeText(seconds);
-}
-
-std::string targetText(const CaseResult& result) {
-    if (!result.limit()) return kNone;
-    return format("<= %.2f  %s", *result.limit(), result.meetsTarget() ? "met" : "MISSED");
-}
-
-std::string comparison(const CaseResult& result) {
-    const char* name = result.row->name;
-    if (result.row->bound == Bound::Memory) {
-        return format("%-13s%17s%17s  %5.2f MiB more    %s, of it full rule %.2f\n", name,
-                      format("%.1f MiB", result.bare.medianPeakResident() / kMiB).c_str(),
-                      format("%.1f MiB", result.plugin.medianPeakResident() / kMiB).c_str(),
-                      result.extraMemory, targetText(result).c_str(), result.fullRuleMemory);
+// In Markdown that can be read as it stands.
+std::string tableText(const Table& table) {
+    std::vector<std::vector<std::string>> lines = {{table.keys.begin(), table.keys.end()}, {}};
+    for (const auto& line : table.lines) {
+        lines.emplace_back();
+        std::transform(line.begin(), line.end(), std::back_inserter(lines.back()), cellText);
     }
-    const auto [low, high] = std::minmax_element(result.ratios.begin(), result.ratios.end());
-    return format("%-13s%17s%17s  %5.2f %-13s %s\n", name, sideTime(result, result.bare).c_str(),
-                  sideTime(result, result.plugin).c_str(), result.medianRatio,
-                  format("(%.2f-%.2f)", *low, *high).c_str(), targetText(result).c_str());
-}
-
-std::string cost(const CaseResult& result) {
-    const auto reads = [](const SideResult& side) {
-        return static_cast<double>(counted(side).source.calls);
-    };
-    const auto jumps = [](const SideResult& side) {
-        return static_cast<double>(counted(side).source.jumps);
-    };
-    const auto megabytes = [](const SideResult& side) {
-        return 1e-6 * static_cast<double>(counted(side).source.bytes);
-    };
-    const auto allocations = [](const SideResult& side) {
-        return counted(side).allocationsPerSample;
-    };
-    const auto switches = [](const SideResult& side) {
-        return perSample(side.medianVoluntarySwitches(), side);
-    };
-    const auto cpu = [](const SideResult& side) { return 1e3 * side.medianCpuSeconds(); };
-    const auto resident = [](const SideResult& side) { return side.medianPeakResident() / kMiB; };
-    return format("%-13s%8llu%17s%15s%18s%17s%15s%18s%17s\n", result.row->name,
-                  static_cast<unsigned long long>(result.plugin.samples()),
-                  both(result, "%.0f", reads).c_str(), both(result, "%.0f", jumps).c_str(),
-                  both(result, "%.1f", megabytes).c_str(),
-                  both(result, "%.1f", allocations).c_str(),
-                  result.plugin.turns.empty() ? kNone : both(result, "%.2f", switches).c_str(),
-                  result.plugin.turns.empty() ? kNone : both(result, "%.1f", cpu).c_str(),
-                  both(result, "%.1f", resident).c_str());
-}
-
-std::string figureLines(const CaseResult& result) {
+    std::vector<std::string> rows(lines.size(), "|");
+    for (size_t column = 0; column < table.keys.size(); ++column) {
+        size_t width = 0;
+        for (size_t i = 0; i < lines.size(); ++i) {
+            if (i != 1) width = std::max(width, lines[i][column].size());
+        }
+        lines[1].emplace_back(width, '-');
+        for (size_t i = 0; i < lines.size(); ++i) {
+            const std::string& cell = lines[i][column];
+            rows[i] += " " + cell + std::string(width - cell.size(), ' ') + " |";
+        }
+    }
     std::string text;
-    for (const Figure& figure : result.plugin.figures()) {
-        text += format("%-13s%-34s%10.2f %s\n", result.row->name, figure.name.c_str(), figure.value,
-                       figure.unit.c_str());
-    }
+    for (const std::string& row : rows)
+        text += row + "\n";
     return text;
 }
+
+Json tableJson(const Table& table) {
+    Json lines = Json::array();
+    for (const auto& line : table.lines) {
+        Json object;
+        for (size_t i = 0; i < line.size(); ++i)
+            object[table.keys[i]] = line[i];
+        lines.push_back(object);
+    }
+    return lines;
+}
+
+constexpr const char* kPageHead = R"(# Benchmarks
+
+`./dev bench --write` wrote this page; `./dev bench` measures and writes nothing.
+
+The bare loop is the least that any extractor over FFmpeg must do: `av_read_frame` over the same file and the same
+source, each payload copied once, on one thread. Plug-in and bare loop run in one process, turn by turn, with the file in
+the page cache. A figure is the median of the rounds; a ratio is the median of the rounds' ratios.
+
+- **time** is what a player waits; **processor time**, all threads together, is what its battery pays.
+- **sleeps a sample**: how often a thread gave up its core and had to be woken.
+- **own when quiet**: the processor time over that of the same reading on two quiet cores, measured in turn with it. The
+  bare loop's column shows what the surroundings alone cost.
+- **source reads in one command**: the most that any single stop or start waited for, of all rounds.
+- **peak memory**: resident, each turn in a process of its own. The target is 2 MiB and what the full rule (65 sound
+  packets, 31 pictures) lets the plug-in hold of this file.
+
+)";
 
 }  // namespace
 
-std::string textReport(const std::vector<CaseResult>& results, const Machine& machine) {
-    std::string compared, costs, figures, titles;
-    for (const CaseResult& result : results) {
-        titles += format("  %-13s%s\n", result.row->name, result.row->title);
-        if (result.row->bare != nullptr) compared += comparison(result);
-        costs += cost(result);
-        figures += figureLines(result);
-    }
-    std::string text = format(
-            "Plug-in against a bare libavformat %s loop, same process, turn by turn; %d rounds.\n"
-            "Medians; a ratio is the median of the rounds' ratios, in brackets the extremes.\n"
-            "Source: files read with pread, in the page cache. %ld cores, load average %.2f "
-            "before, %.2f after.\n\n%s\n",
-            machine.libavformat.c_str(), machine.rounds, machine.cores, machine.loadBefore,
-            machine.loadAfter, titles.c_str());
-    if (!compared.empty()) {
-        text += format("%-13s%17s%17s  %5s %-13s %s\n", "case", "bare", "plug-in", "ratio", "",
-                       "target");
-        text += compared + "\n";
-    }
-    text += "What it costs: plug-in / bare loop. Allocations in steady state; a sample is whatever "
-            "the case repeats.\n";
-    text += format("%-13s%8s%17s%15s%18s%17s%15s%18s%17s\n", "case", "samples", "source reads",
-                   "jumps", "MB read", "allocs/smp", "sleeps/smp", "processor ms", "peak MiB");
-    text += costs;
-    if (!figures.empty()) text += "\n" + figures;
-    return text;
+std::string asText(const Report& report) {
+    std::string text;
+    for (const std::string& line : report.machine)
+        text += "- " + line + "\n";
+    return text + "- Rounds: " + std::to_string(report.rounds) +
+           ", after one that does not count\n\n" + tableText(targetTable(report.results)) +
+           "\nAll of a turn:\n\n" + tableText(costTable(report.results));
 }
 
-std::string jsonReport(const std::vector<CaseResult>& results, const Machine& machine) {
-    nlohmann::ordered_json json = {
-            {"rounds", machine.rounds},
-            {"libavformat", machine.libavformat},
-            {"cores", machine.cores},
-            {"loadAverage", {{"before", machine.loadBefore}, {"after", machine.loadAfter}}},
-            {"source", "files read with pread, in the page cache"},
-            {"cases", nlohmann::ordered_json::array()}};
-    for (const CaseResult& result : results)
-        json["cases"].push_back(caseToJson(result));
+std::string asPage(const Report& report) {
+    return kPageHead + asText(report);
+}
+
+std::string asJson(const Report& report) {
+    const Json json = {{"machine", report.machine},
+                       {"rounds", report.rounds},
+                       {"targets", tableJson(targetTable(report.results))},
+                       {"turns", tableJson(costTable(report.results))}};
     return json.dump(2) + "\n";
 }
 

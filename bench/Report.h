@@ -3,23 +3,23 @@
 #include <string>
 #include <vector>
 
-#include "Results.h"
+#include "Runner.h"
 
 namespace orvel::bench {
 
-/** Circumstances of a run. */
-struct Machine {
-    long cores = 0;
-    double loadBefore = 0;  // load average of the last minute
-    double loadAfter = 0;
-    std::string libavformat;
-    int rounds = 0;
+struct Report {
+    std::vector<std::string> machine;  // describeMachine(), at the beginning
+    int rounds;
+    std::vector<CaseResult> results;
 };
 
-/** For people: what is compared and the target; what it cost; what is reported without a target. */
-std::string textReport(const std::vector<CaseResult>& results, const Machine& machine);
+/** For a terminal: two tables, the targets and everything else that was measured. */
+std::string asText(const Report& report);
+
+/** For the documents: the same tables in a page that says how to read them. */
+std::string asPage(const Report& report);
 
 /** For programs: one JSON object. */
-std::string jsonReport(const std::vector<CaseResult>& results, const Machine& machine);
+std::string asJson(const Report& report);
 
 }  // namespace orvel::bench

@@ -1,128 +1,121 @@
 #include "Runner.h"
 
 #include <cutils/properties.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
+#include <fstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
-#include "BareLoop.h"
 #include "FullRule.h"
-#include "HeapCount.h"
-#include "MeasureJson.h"
-#include "Process.h"
-#include "framework/CountingSource.h"
 #include "framework/FileSource.h"
+#include "framework/SourceDecorators.h"
 
 namespace orvel::bench {
 namespace {
 
 constexpr const char* kAllContainers = "32767";
 
+void readThrough(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::vector<char> buffer(1 << 20);
+    while (stream.read(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
+    }
+}
+
+std::string counted(const Measure& measure) {
+    return std::to_string(measure.samples) + " samples of " + std::to_string(measure.bytes) +
+           " bytes";
+}
+
 }  // namespace
 
-Runner::Runner(std::string pluginPath, const MediaCache& media, Progress progress)
-    : mPluginPath(std::move(pluginPath)),
-      mMedia(media),
-      mProgress(std::move(progress)),
-      mPlugin(mPluginPath) {
+Runner::Runner(const std::string& pluginPath, std::string mediaFolder)
+    : mPlugin(pluginPath), mMediaFolder(std::move(mediaFolder)) {
     property_set("mm.enable.orvel_parser", kAllContainers);
 }
 
 CaseResult Runner::run(const Case& row, int rounds) {
-    CaseResult result;
-    result.row = &row;
-    mMedia.warmFile(row.media);
-    // The accounted turns come first: they meet a side that fails before the long part begins.
-    runAccounts(row, row.bound == Bound::Memory ? rounds : 1, &result);
-    if (row.bound != Bound::Memory) runTurns(row, rounds, &result);
+    CaseResult result{&row, {}};
+    readThrough(path(row));
+    host::FileSource file(path(row));
+    host::CountingSource source(file);
+    if (row.ownProcess) {
+        const uint64_t bytes = fullRuleBytes(source, row.file.demuxer);
+        result.fullRuleMiB = static_cast<double>(bytes) / (1024 * 1024);
+    }
+    Turn prepared{mPlugin, source, row};
+    mWork = row.works ? workOfBareLoop(prepared) : 0;
+    for (int round = 0; round <= rounds; ++round) {
+        Round now;
+        const bool pluginFirst = round % 2 == 0;
+        bothTurns(row, pluginFirst, row.where, &now.bare, &now.plugin);
+        if (row.where != Where::Quiet) {
+            bothTurns(row, pluginFirst, Where::Quiet, &now.quietBare, &now.quietPlugin);
+        }
+        if (round > 0) result.rounds.push_back(now);
+    }
     return result;
 }
 
-void Runner::runTurns(const Case& row, int rounds, CaseResult* result) {
-    uint64_t work = 0;
-    if (row.prepare != nullptr) {
-        host::FileSource source(mMedia.file(row.media));
-        Meter meter;
-        Turn turn{mPlugin, source, kRecipes[static_cast<size_t>(row.media)], meter};
-        work = row.prepare(turn);
+void Runner::bothTurns(const Case& row, bool pluginFirst, Where where, Measure* bare,
+                       Measure* plugin) {
+    for (const bool isPlugin : {pluginFirst, !pluginFirst}) {
+        if (!isPlugin && row.bare == nullptr) continue;
+        *(isPlugin ? plugin : bare) =
+                row.ownProcess ? turnInChild(row, isPlugin) : turn(row, isPlugin, where);
     }
-    for (int round = 0; round < rounds; ++round) {
-        mProgress(std::string(row.name) + ": round " + std::to_string(round + 1) + " of " +
-                  std::to_string(rounds));
-        for (const bool second : {false, true}) {
-            const bool plugin = (round % 2 == 0) == second;
-            if (!plugin && row.bare == nullptr) continue;
-            SideResult& side = plugin ? result->plugin : result->bare;
-            side.turns.push_back(turn(row, plugin, work));
-        }
-        if (row.bare == nullptr) continue;
-        const Measure& bare = result->bare.turns.back();
-        const Measure& plugin = result->plugin.turns.back();
-        checkSame(row, bare, plugin);
-        result->ratios.push_back(plugin.seconds / bare.seconds);
-    }
-    result->medianRatio = median(result->ratios);
+    if (row.bare == nullptr) return;
+    if (bare->samples == plugin->samples && (!row.sameBytes || bare->bytes == plugin->bytes))
+        return;
+    throw std::runtime_error(std::string(row.name) + ": the plug-in delivered " + counted(*plugin) +
+                             ", the bare loop " + counted(*bare));
 }
 
-void Runner::runAccounts(const Case& row, int rounds, CaseResult* result) {
-    std::vector<double> extra;
-    for (int round = 0; round < rounds; ++round) {
-        mProgress(std::string(row.name) + ": what it costs");
-        result->plugin.accountedTurns.push_back(accountInChild(row, true));
-        if (row.bare == nullptr) continue;
-        result->bare.accountedTurns.push_back(accountInChild(row, false));
-        const Measure& bare = result->bare.accountedTurns.back();
-        const Measure& plugin = result->plugin.accountedTurns.back();
-        checkSame(row, bare, plugin);
-        extra.push_back(static_cast<double>(plugin.peakResidentBytes) -
-                        static_cast<double>(bare.peakResidentBytes));
-    }
-    result->extraMemory = median(std::move(extra)) / kMiB;
-    if (row.bound != Bound::Memory) return;
-    host::FileSource source(mMedia.file(row.media));
-    const Recipe& recipe = kRecipes[static_cast<size_t>(row.media)];
-    result->fullRuleMemory =
-            static_cast<double>(fullRuleBytes(packetSizes(source, recipe.demuxer))) / kMiB;
-}
-
-Measure Runner::turn(const Case& row, bool plugin, uint64_t work) {
-    host::FileSource source(mMedia.file(row.media));
-    Meter meter;
-    Turn turn{mPlugin, source, kRecipes[static_cast<size_t>(row.media)], meter, work};
+Measure Runner::turn(const Case& row, bool plugin, Where where) {
+    const Environment environment(where);
+    host::FileSource file(path(row));
+    host::DelaySource late(file, std::chrono::microseconds(row.lateUs));
+    host::CountingSource source(row.lateUs > 0 ? static_cast<host::DataSource&>(late) : file);
+    Turn turn{mPlugin, source, row, mWork};
     (plugin ? row.plugin : row.bare)(turn);
-    return meter.result();
+    return turn.meter.result();
 }
 
 Measure Runner::account(const Case& row, bool plugin) {
-    host::FileSource file(mMedia.file(row.media));
-    host::CountingSource source(file);
-    Meter meter(source);
-    Turn turn{mPlugin, source, kRecipes[static_cast<size_t>(row.media)], meter};
-    if (row.prepare != nullptr) turn.work = row.prepare(turn);
-    resetPeak();
-    countHeap(true);
-    (plugin ? row.plugin : row.bare)(turn);
-    const HeapCounts heap = heapCounts();
-    countHeap(false);
-    Measure result = meter.result();
-    result.peakHeapBytes = heap.peakBytes;
-    result.peakResidentBytes = peakResidentBytes();
-    return result;
+    Measure measure = turn(row, plugin, Where::Quiet);
+    measure.peakBytes = peakResidentBytes();
+    return measure;
 }
 
-Measure Runner::accountInChild(const Case& row, bool plugin) const {
-    return measureFromJson(bench::run({thisProgram().string(), "--account", row.name, "--side",
-                                       plugin ? "plugin" : "bare", "--media",
-                                       mMedia.folder().string(), "--plugin", mPluginPath}));
+Measure Runner::turnInChild(const Case& row, bool plugin) const {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    const pid_t child = fork();
+    Measure measure;
+    if (child == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        execl("/proc/self/exe", "orvel_bench", "--case", row.name, "--account",
+              plugin ? "plugin" : "bare", "--plugin", mPlugin.path().c_str(), "--media",
+              mMediaFolder.c_str(), nullptr);
+        _exit(127);
+    }
+    close(ends[1]);
+    const bool whole = read(ends[0], &measure, sizeof(measure)) == sizeof(measure);
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    if (!whole) throw std::runtime_error(std::string(row.name) + ": the turn's process failed");
+    return measure;
 }
 
-void Runner::checkSame(const Case& row, const Measure& bare, const Measure& plugin) const {
-    const bool sameBytes = row.same == Same::Samples || bare.bytes == plugin.bytes;
-    if (bare.samples == plugin.samples && sameBytes) return;
-    throw std::runtime_error(std::string(row.name) + ": the plug-in delivered " +
-                             std::to_string(plugin.samples) + " samples of " +
-                             std::to_string(plugin.bytes) + " bytes, the bare loop " +
-                             std::to_string(bare.samples) + " of " + std::to_string(bare.bytes));
+std::string Runner::path(const Case& row) const {
+    return mMediaFolder + "/" + row.file.name;
 }
 
 }  // namespace orvel::bench

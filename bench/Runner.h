@@ -1,42 +1,51 @@
 #pragma once
 
-#include <functional>
 #include <string>
+#include <vector>
 
-#include "MediaCache.h"
-#include "Results.h"
+#include "Case.h"
 
 namespace orvel::bench {
 
+/** One turn of each side, of those that the case has. */
+struct Round {
+    Measure bare;
+    Measure plugin;
+    // The same in a quiet environment, of a case that is measured elsewhere.
+    Measure quietBare;
+    Measure quietPlugin;
+};
+
+struct CaseResult {
+    const Case* row;
+    std::vector<Round> rounds;
+    double fullRuleMiB = 0;  // what the full rule lets the plug-in hold; of memory cases only
+};
+
 /**
- * Runs cases. Timed turns run in this process, the plug-in's and the bare loop's in turn, each
- * first in every second round. What costs time to observe (source, heap, peak memory) is observed
- * in turns of their own, each in a new process.
+ * Runs cases in this process, the plug-in's turns and the bare loop's in turn, each first in every
+ * second round. A first round warms up and does not count.
  */
 class Runner {
   public:
-    using Progress = std::function<void(const std::string& text)>;
-
     /** Loads the plug-in and enables its containers. Throws host::PluginError. */
-    Runner(std::string pluginPath, const MediaCache& media, Progress progress);
+    Runner(const std::string& pluginPath, std::string mediaFolder);
 
     /** `rounds` is at least 1. Throws what a turn throws; std::runtime_error when sides differ. */
     CaseResult run(const Case& row, int rounds);
 
-    /** One accounted turn of one side in this very process. */
+    /** One turn and the peak memory of this process, which should have done nothing before. */
     Measure account(const Case& row, bool plugin);
 
   private:
-    Measure turn(const Case& row, bool plugin, uint64_t work);
-    Measure accountInChild(const Case& row, bool plugin) const;
-    void checkSame(const Case& row, const Measure& bare, const Measure& plugin) const;
-    void runTurns(const Case& row, int rounds, CaseResult* result);
-    void runAccounts(const Case& row, int rounds, CaseResult* result);
+    std::string path(const Case& row) const;
+    Measure turn(const Case& row, bool plugin, Where where);
+    Measure turnInChild(const Case& row, bool plugin) const;
+    void bothTurns(const Case& row, bool pluginFirst, Where where, Measure* bare, Measure* plugin);
 
-    const std::string mPluginPath;
-    const MediaCache& mMedia;
-    const Progress mProgress;
     const host::Plugin mPlugin;
+    const std::string mMediaFolder;
+    uint64_t mWork = 0;  // of the case that runs
 };
 
 }  // namespace orvel::bench
