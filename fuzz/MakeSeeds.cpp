@@ -1,22 +1,25 @@
-// Writes the fuzzers' first inputs into folders named for their targets.
+// Writes the fuzzers' first inputs, and what they have found so far, into folders named for their
+// targets.
 #include <fstream>
 #include <iostream>
-#include <stdexcept>
 
 #include "Seeds.h"
 
 int main(int argc, char** argv) try {
-    if (argc != 3) {
-        std::cerr << "usage: make_seeds FOLDER MEDIA_FOLDER\n";
+    if (argc != 4) {
+        std::cerr << "usage: make_seeds FOLDER MEDIA_FOLDER FINDINGS\n";
         return 2;
     }
-    for (const orvel::fuzz::Seed& seed : orvel::fuzz::makeSeeds(argv[2])) {
+    auto seeds = orvel::fuzz::makeSeeds(argv[2]);
+    for (auto& finding : orvel::test::readFindings(argv[3]))
+        seeds.push_back(std::move(finding));
+    for (const auto& seed : seeds) {
         const std::filesystem::path folder = std::filesystem::path(argv[1]) / seed.target;
         std::filesystem::create_directories(folder);
         std::ofstream file(folder / seed.name, std::ios::binary);
-        file << seed.bytes;
-        file.close();
-        if (!file) throw std::runtime_error("cannot write " + (folder / seed.name).string());
+        file.exceptions(std::ios::failbit | std::ios::badbit);
+        file.write(reinterpret_cast<const char*>(seed.input.data()),
+                   static_cast<std::streamsize>(seed.input.size()));
     }
     return 0;
 } catch (const std::exception& error) {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "FuzzInput.h"
-#include "ffmpeg/NalConverter.h"
+#include "bytes/NalConverter.h"
 
 using namespace orvel;
 

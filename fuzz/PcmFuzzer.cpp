@@ -1,7 +1,7 @@
 // Any bytes as a packet of any width, into a buffer of any size: all of the result is written and
 // equals the per-sample rule, or nothing is written.
 #include "FuzzInput.h"
-#include "ffmpeg/PcmConverter.h"
+#include "bytes/PcmConverter.h"
 
 using namespace orvel;
 

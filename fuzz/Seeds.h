@@ -1,19 +1,15 @@
-// The fuzzers' first inputs: one small well-formed case of each kind.
 #pragma once
 
 #include <filesystem>
-#include <string>
 #include <vector>
+
+#include "regression/Findings.h"
 
 namespace orvel::fuzz {
 
-struct Seed {
-    std::string target;
-    std::string name;
-    std::string bytes;
-};
-
-// `media`: a folder with the files of seeds.txt. Throws std::runtime_error when one cannot be read.
-std::vector<Seed> makeSeeds(const std::filesystem::path& media);
+/** The first inputs of the targets that take files, from a folder with the files of seeds.txt: each
+ * file under two uses of the extractor, the MP4 files also for their boxes alone. Throws
+ * std::runtime_error when the folder cannot be read. */
+std::vector<test::Finding> makeSeeds(const std::filesystem::path& media);
 
 }  // namespace orvel::fuzz

@@ -9,7 +9,7 @@ string(REGEX MATCHALL "[^\" ,\n]+" listed "${CMAKE_MATCH_1}")
 # CMake keeps a source as its list spells it: relative to the folder of that list.
 file(STRINGS "${BUILT}" spelled)
 foreach(source IN LISTS spelled)
-  foreach(folder IN ITEMS "" "${ROOT}/Parser2Impl/" "${ROOT}/Parser2Impl/ffmpeg/")
+  foreach(folder IN ITEMS "" "${ROOT}/Parser2Impl/")
     if(IS_ABSOLUTE "${folder}${source}" AND EXISTS "${folder}${source}")
       file(RELATIVE_PATH source "${ROOT}" "${folder}${source}")
       list(APPEND built "${source}")

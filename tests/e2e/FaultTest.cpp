@@ -36,7 +36,7 @@ constexpr FaultKind kKinds[] = {
         {"finds the file grown", Repeat::ForGood, 0, {}, 150},
 };
 
-std::unique_ptr<host::FaultSource> withFault(host::MemorySource& whole, const FaultKind& kind,
+std::unique_ptr<host::FaultSource> withFault(host::DataSource& whole, const FaultKind& kind,
                                              uint64_t call) {
     if (kind.sizePercent == 0) {
         const host::Fault fault{{}, call, kind.repeat, kind.result, kind.cutTo};
@@ -113,20 +113,31 @@ TEST_P(FaultyDelivery, endsAsLibavformatDoes) {
 TEST_P(FaultyDelivery, cutFileEndsAsLibavformatDoes) {
     const MediaFile& file = GetParam();
     const std::vector<size_t> tracks = playedTracks(file);
+    const Bytes all = file.bytes();
+    int compared = 0;
     for (int percent : {95, 60, 30}) {
-        const Bytes all = file.bytes();
+        SCOPED_TRACE(percent);
         host::MemorySource cut(truncated(all, all.size() * percent / 100));
         const Oracle oracle = readOracle(cut, file, tracks);
         host::SniffResult result = plugin().sniff(cut);
-        if (!result.taken()) continue;  // an MP4 that has lost its index, behind the media
-        const auto extractor = plugin().create(cut, std::move(result));
-        ASSERT_TRUE(extractor);
-        if (!oracle.opened || extractor->countTracks() != file.tracks.size()) {
-            EXPECT_EQ(oracle.opened, extractor->countTracks() > 0);
+        if (!result.taken()) {
+            // The sound that decides about an MP4 was cut off its index.
+            EXPECT_STREQ(file.demuxer, "mov");
+            EXPECT_TRUE(oracle.opened && oracle.streams.size() < file.tracks.size());
             continue;
         }
+        const auto extractor = plugin().create(cut, std::move(result));
+        ASSERT_TRUE(extractor);
+        // An MP4 that has lost its index, behind the media, has no tracks.
+        ASSERT_EQ(extractor->countTracks(), oracle.opened ? file.tracks.size() : 0);
+        if (!oracle.opened) continue;
         expectOracle(readTracks(*extractor, tracks), file, oracle);
+        ++compared;
     }
+    const bool indexIsBehind = file.demuxer == std::string("mov") &&
+                               file.name != "mp4_fragmented.mp4" &&
+                               file.name != "mp4_faststart.mp4";
+    EXPECT_GE(compared, indexIsBehind ? 0 : 2);
 }
 
 // Whatever a fault makes of one sniff, the next one finds the source well again and takes it.
@@ -180,6 +191,7 @@ TEST_P(FaultySeek, deliversNothingWrong) {
         return sample.data.size() <= data.size() &&
                std::equal(sample.data.begin(), sample.data.end(), data.begin());
     };
+    host::ShortReadSource pieces(whole, 500);
     uint64_t faultsMet = 0;
     for (const FaultKind& kind : kKinds) {
         if (kind.repeat == Repeat::ForGood) continue;
@@ -187,7 +199,11 @@ TEST_P(FaultySeek, deliversNothingWrong) {
             for (uint64_t call = 1; call <= 6; ++call) {
                 SCOPED_TRACE("readAt call " + std::to_string(call) + " of a seek in mode " +
                              std::to_string(mode) + " " + kind.name);
-                const auto faulty = withFault(whole, kind, call);
+                // Half of the time the next seek comes before the end of the file does, and the
+                // fault in the middle of a packet, which libavformat then delivers in part.
+                const bool readsToTheEnd = call % 2 == 0;
+                const auto faulty = withFault(
+                        readsToTheEnd ? static_cast<host::DataSource&>(whole) : pieces, kind, call);
                 SwitchSource source(whole, *faulty);
                 const auto extractor = open(source);
                 ASSERT_TRUE(extractor);
@@ -197,21 +213,36 @@ TEST_P(FaultySeek, deliversNothingWrong) {
                 ASSERT_EQ(track->start(group), OK);
                 ASSERT_EQ(track->read().status, OK);
                 source.switchOver();
-                const host::ReadOptions seek{
-                        host::ReadOptions::Seek{1300000, static_cast<host::SeekMode>(mode)}};
+                const host::ReadOptions seek{host::ReadOptions::Seek{
+                        readsToTheEnd ? 1300000 : 100000, static_cast<host::SeekMode>(mode)}};
                 host::ReadResult read = track->read(seek);
-                while (read.status == OK) {
+                while (read.status == OK && (readsToTheEnd || faulty->faults() == 0)) {
                     EXPECT_TRUE(isRight(asSample(read.buffer))) << describe(asSample(read.buffer));
                     read.buffer.reset();
                     read = track->read();
                 }
-                faultsMet += faulty->faults();
+                if (faulty->faults() == 0) continue;
+                ++faultsMet;
+                read.buffer.reset();
+                if (read.status == ERROR_IO) {
+                    // A start goes on behind it.
+                    track->stop();
+                    track->start(group);
+                    const TrackRead rest = readToEnd(*track);
+                    EXPECT_EQ(rest.end, ERROR_END_OF_STREAM);
+                    for (const Sample& sample : rest.samples)
+                        EXPECT_TRUE(isRight(sample)) << describe(sample);
+                }
                 const host::ReadOptions toStart{host::ReadOptions::Seek{
                         samples.front().timeUs, host::SeekMode::PreviousSync}};
                 read = track->read(toStart);
-                if (faulty->faults() == 0) continue;
                 ASSERT_EQ(read.status, OK);
                 EXPECT_EQ(asSample(read.buffer), samples.front());
+                read.buffer.reset();
+                // Nothing of the fault is left: not at the end of the file either.
+                const TrackRead rest = readToEnd(*track);
+                EXPECT_TRUE(sameSamples(rest.samples, {samples.begin() + 1, samples.end()}));
+                EXPECT_EQ(rest.end, ERROR_END_OF_STREAM);
             }
         }
     }

@@ -109,11 +109,11 @@ const std::vector<MediaFile>& mediaFiles() {
     return table;
 }
 
-const MediaFile& mediaFile(const std::string& name) {
+const MediaFile& mediaFile(const char* name) {
     for (const MediaFile& file : mediaFiles()) {
         if (file.name == name) return file;
     }
-    throw std::logic_error("no media file " + name);
+    throw std::logic_error(std::string("no media file ") + name);
 }
 
 std::vector<MediaFile> filesWithTracks() {

@@ -30,7 +30,7 @@ void PrintTo(const MediaFile& file, std::ostream* out);
 /** Every file that is taken; at least one of each row of the container table but asf_o. */
 const std::vector<MediaFile>& mediaFiles();
 /** The row of that name, which must exist. */
-const MediaFile& mediaFile(const std::string& name);
+const MediaFile& mediaFile(const char* name);
 /** Those of mediaFiles() that give tracks. */
 std::vector<MediaFile> filesWithTracks();
 /** `name` with nothing in it but letters, digits and underscores. */

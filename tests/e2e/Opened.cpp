@@ -70,6 +70,14 @@ std::optional<host::Extractor> openSniffedCalmly(SwitchSource& source) {
     return plugin().create(source, std::move(result));
 }
 
+StartedFile::StartedFile(const Bytes& bytes, const std::string& demuxer, size_t maxBufferSize)
+    : source(bytes), expected(Oracle::read(source, demuxer).streams.at(0).samples) {
+    group.setMaxBufferSize(maxBufferSize);
+    extractor = open(source);
+    track = extractor.value().track(0);
+    EXPECT_EQ(track.value().start(group), android::OK);
+}
+
 Sample asSample(const host::Buffer& buffer) {
     EXPECT_TRUE(buffer.timeUs().has_value());
     return {buffer.timeUs().value_or(INT64_MIN),
@@ -91,6 +99,11 @@ std::vector<TrackRead> readTracks(const host::Extractor& extractor, std::vector<
         EXPECT_EQ(player.group(i).outstanding(), 0u);
     }
     return reads;
+}
+
+void expectReturns(std::future<void>& work) {
+    ASSERT_EQ(work.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+    work.get();
 }
 
 TrackRead readToEnd(host::Track& track) {

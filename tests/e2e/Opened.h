@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +36,37 @@ struct EnabledContainers {
 std::optional<host::Extractor> open(host::DataSource& source);
 /** The same, but sniffed over `calm`, so that only what follows meets `source`'s temper. */
 std::optional<host::Extractor> openSniffedCalmly(SwitchSource& source);
+
+/** A track that has been started, with the buffers it is started with. */
+struct StartedTrack {
+    host::BufferGroup group;
+    std::optional<host::Track> track;
+
+    StartedTrack(const host::Extractor& extractor, size_t index) : track(extractor.track(index)) {
+        EXPECT_TRUE(track);
+        start();
+    }
+    void start() { EXPECT_EQ(track->start(group), android::OK); }
+    void stop() { EXPECT_EQ(track->stop(), android::OK); }
+};
+
+/** The first track of the bytes, started, and what libavformat and the plain rules make of it. */
+struct StartedFile {
+    host::MemorySource source;
+    std::vector<Sample> expected;
+    host::BufferGroup group;
+    std::optional<host::Extractor> extractor;
+    std::optional<host::Track> track;
+
+    StartedFile(const Bytes& bytes, const std::string& demuxer, size_t maxBufferSize = SIZE_MAX);
+};
+
+/** Runs `work` on its own thread; a test that would wait for it for ever fails instead. */
+template <typename Work>
+std::future<void> inThread(Work work) {
+    return std::async(std::launch::async, std::move(work));
+}
+void expectReturns(std::future<void>& work);
 
 /** What one track gave. */
 struct TrackRead {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdio>
 
 #include "e2e/SeekFixture.h"
 #include "support/Mp4Edit.h"
@@ -55,7 +54,7 @@ struct SeekFile {
     const char* name;
     const char* demuxer;
     // How many seeks, by mode, do not land where the full read says, of an extractor that has just
-    // been opened and of one that has read the file to its end. With libavformat 59.
+    // been opened and of one that has read the file to its end.
     PerMode missesFresh;
     PerMode missesRead;
     Bytes (*make)(const std::string& name) = mediaBytes;
@@ -93,6 +92,20 @@ const SeekFile kFiles[] = {
 };
 // clang-format on
 
+// The row as the version of the library makes it that is loaded.
+SeekFile withVersion(SeekFile file) {
+    const unsigned major = avformat_version() >> 16;
+    const std::string name = file.name;
+    // FFmpeg 4.3 lists all fragments when it opens the file.
+    if (major == 58 && name == "mp4_sidx.mp4") file.missesFresh = {0, 0, 0, 0};
+    // FFmpeg 7.1 goes a frame too far when it seeks forward in FLAC.
+    if (major == 61 && name == "flac.flac") {
+        file.missesFresh = {3, 2, 11, 3};
+        file.missesRead = {1, 6, 5, 1};
+    }
+    return file;
+}
+
 std::vector<int64_t> interestingTimes(const SeekOracle& oracle) {
     const auto& frames = oracle.frames(0);
     int64_t duration = oracle.tracks()[0].durationUs;
@@ -113,28 +126,6 @@ std::vector<int64_t> interestingTimes(const SeekOracle& oracle) {
     return times;
 }
 
-// Counts seeks of the first track that are not refused, and those that miss the full read's answer.
-struct Score {
-    PerMode seeks{}, misses{};
-
-    void count(const SeekOracle& oracle, int64_t timeUs, SeekMode mode,
-               const std::optional<Sample>& sample) {
-        if (oracle.tracks()[0].durationUs >= 1 && timeUs > oracle.tracks()[0].durationUs) return;
-        ++seeks[static_cast<size_t>(mode)];
-        if (sample && oracle.isRight(0, timeUs, mode, *sample)) return;
-        ++misses[static_cast<size_t>(mode)];
-    }
-    std::string text() const {
-        std::string line;
-        for (size_t mode = 0; mode < kModeCount; ++mode) {
-            char cell[32];
-            std::snprintf(cell, sizeof(cell), "%4d/%-4d", seeks[mode] - misses[mode], seeks[mode]);
-            line += cell;
-        }
-        return line;
-    }
-};
-
 }  // namespace
 
 class Seeking : public ::testing::TestWithParam<SeekFile> {};
@@ -144,13 +135,20 @@ INSTANTIATE_TEST_SUITE_P(Media, Seeking, ::testing::ValuesIn(kFiles), [](const a
 });
 
 TEST_P(Seeking, landsWhereItShould) {
-    const SeekFile& file = GetParam();
+    const SeekFile file = withVersion(GetParam());
     const Bytes bytes = file.make(file.name);
     const bool craKeys = file.make == withSyncGroups;
     host::MemorySource source(bytes);
     SeekFixture played(source, bytes, file.demuxer, craKeys);
     played.readToTheEnd();
-    Score fresh, read;
+    PerMode fresh{}, read{};
+    const auto count = [&played](PerMode* misses, int64_t timeUs, SeekMode mode,
+                                 const std::optional<Sample>& sample) {
+        const int64_t duration = played.oracle().tracks()[0].durationUs;
+        if (duration >= 1 && timeUs > duration) return;  // refused
+        if (sample && played.oracle().isRight(0, timeUs, mode, *sample)) return;
+        ++(*misses)[static_cast<size_t>(mode)];
+    };
     for (int64_t timeUs : interestingTimes(played.oracle())) {
         for (SeekMode mode : kModes) {
             SCOPED_TRACE("to " + std::to_string(timeUs) + " us, mode " +
@@ -158,21 +156,18 @@ TEST_P(Seeking, landsWhereItShould) {
             {
                 SCOPED_TRACE("after a full read");
                 const auto sample = played.seek(timeUs, mode);
-                read.count(played.oracle(), timeUs, mode, sample);
+                count(&read, timeUs, mode, sample);
                 played.readToTheEnd();
             }
             SCOPED_TRACE("first thing");
             SeekFixture opened(source, bytes, file.demuxer, craKeys);
             // The second seek of the last mode comes at a moment of the read-ahead's choosing.
             const size_t compared = mode == SeekMode::Closest ? 1 : SIZE_MAX;
-            fresh.count(opened.oracle(), timeUs, mode, opened.seek(timeUs, mode, compared));
+            count(&fresh, timeUs, mode, opened.seek(timeUs, mode, compared));
         }
     }
-    std::printf("%-22s previous/next/closest-sync/closest  fresh %s  read %s\n", file.name,
-                fresh.text().c_str(), read.text().c_str());
-    if (avformat_version() >> 16 != 59) return;
-    EXPECT_EQ(fresh.misses, file.missesFresh);
-    EXPECT_EQ(read.misses, file.missesRead);
+    EXPECT_EQ(fresh, file.missesFresh);
+    EXPECT_EQ(read, file.missesRead);
 }
 
 }  // namespace orvel::test

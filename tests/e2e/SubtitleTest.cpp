@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 #include <media/stagefright/MediaErrors.h>
 
-#include <atomic>
 #include <numeric>
-#include <thread>
 
 #include "e2e/SeekFixture.h"
 #include "framework/FaultSource.h"
@@ -20,8 +18,7 @@ namespace {
 
 struct TextFile {
     const char* name;
-    size_t textTracks;                  // behind video and audio
-    std::vector<const char*> cueTimes;  // of the first text track, in ms
+    size_t textTracks;  // behind video and audio
     bool lastIsKey;
 };
 void PrintTo(const TextFile& file, std::ostream* out) {
@@ -31,9 +28,9 @@ void PrintTo(const TextFile& file, std::ostream* out) {
 // The last sample of a fragmented file ends the last cue. Its entry lacks the key flag that the
 // demultiplexer's packets all have.
 const TextFile kFiles[] = {
-        {"mp4_h264_eac3.mp4", 1, {"200 First", "900 Second", "1500 Third"}, true},
-        {"mp4_two_texts.mp4", 2, {"200 First", "900 Second", "1500 Third"}, true},
-        {"mp4_fragmented_text.mp4", 1, {"280 First", "980 Second", "1580 Third"}, false},
+        {"mp4_h264_eac3.mp4", 1, true},
+        {"mp4_two_texts.mp4", 2, true},
+        {"mp4_fragmented_text.mp4", 1, false},
 };
 
 class TimedText : public ::testing::TestWithParam<TextFile> {
@@ -88,19 +85,6 @@ class TimedText : public ::testing::TestWithParam<TextFile> {
 
 INSTANTIATE_TEST_SUITE_P(Media, TimedText, ::testing::ValuesIn(kFiles),
                          [](const auto& info) { return asTestName(info.param.name); });
-
-// The oracle itself holds the three cues: a 16-bit length, then the text.
-TEST_P(TimedText, hasItsCues) {
-    std::vector<std::string> cues;
-    for (const Sample& sample : mExpected[2]) {
-        if (sample.data.size() <= 2) continue;
-        const std::string text(sample.data.begin() + 2, sample.data.end());
-        cues.push_back(std::to_string(sample.timeUs / 1000) + " " +
-                       text.substr(0, text.find_first_not_of("FirstSecondThird")));
-    }
-    EXPECT_EQ(cues,
-              std::vector<std::string>(GetParam().cueTimes.begin(), GetParam().cueTimes.end()));
-}
 
 TEST_P(TimedText, comesOnceInWhateverOrderTracksAreRead) {
     host::MemorySource source(mBytes);
@@ -158,31 +142,6 @@ TEST_P(TimedText, seeksMoveTheirTrackAlone) {
     }
     expectRest(*player.track(0), 0, 1);
     expectRest(*player.track(1), 1);
-}
-
-// The video is sought all the time: the text follows its own seeks alone.
-TEST_P(TimedText, doesNotMindSeeksOfTheVideo) {
-    host::MemorySource source(mBytes);
-    const auto extractor = openAll(source);
-    ASSERT_TRUE(extractor);
-    host::Player player(*extractor);
-    std::atomic<bool> done{false};
-    std::thread video([&] {
-        for (int64_t timeUs = 0; !done; timeUs = (timeUs + 310000) % 2000000)
-            EXPECT_EQ(player.track(0)->read(seekTo(timeUs, SeekMode::PreviousSync)).status, OK);
-    });
-    const std::vector<Sample>& all = mExpected[2];
-    for (size_t round = 0; round < 20u * kEffort; ++round) {
-        const size_t at = round * 3 % (all.size() - 1);
-        host::ReadResult read =
-                player.track(2)->read(seekTo(all[at].timeUs, SeekMode::PreviousSync));
-        EXPECT_EQ(read.status, OK);
-        EXPECT_TRUE(read.buffer && asSample(read.buffer) == all[at]);
-        read.buffer.reset();
-        expectRest(*player.track(2), 2, at + 1);
-    }
-    done = true;
-    video.join();
 }
 
 // One read of a text sample fails: that track ends with the error until it is sought, the others do

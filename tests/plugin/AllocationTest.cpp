@@ -18,6 +18,7 @@ extern "C" {
 #include "framework/MemorySource.h"
 #include "framework/Player.h"
 #include "framework/Plugin.h"
+#include "plugin/LogCapture.h"
 #include "support/SyntheticFiles.h"
 
 extern "C" android::ExtractorDef GETEXTRACTORDEF();
@@ -34,55 +35,32 @@ bool fails() {
 
 }  // namespace
 
-extern "C" {
-void* __real_av_malloc(size_t size);
-void* __wrap_av_malloc(size_t size) {
-    return fails() ? nullptr : __real_av_malloc(size);
-}
-AVPacket* __real_av_packet_alloc();
-AVPacket* __wrap_av_packet_alloc() {
-    return fails() ? nullptr : __real_av_packet_alloc();
-}
-AVPacket* __real_av_packet_clone(const AVPacket* packet);
-AVPacket* __wrap_av_packet_clone(const AVPacket* packet) {
-    return fails() ? nullptr : __real_av_packet_clone(packet);
-}
-AVFormatContext* __real_avformat_alloc_context();
-AVFormatContext* __wrap_avformat_alloc_context() {
-    return fails() ? nullptr : __real_avformat_alloc_context();
-}
-using ReadPacket = int(void*, uint8_t*, int);
-using SeekPacket = int64_t(void*, int64_t, int);
-AVIOContext* __real_avio_alloc_context(unsigned char*, int, int, void*, ReadPacket*, ReadPacket*,
-                                       SeekPacket*);
-AVIOContext* __wrap_avio_alloc_context(unsigned char* buffer, int size, int writes, void* opaque,
-                                       ReadPacket* read, ReadPacket* write, SeekPacket* seek) {
-    if (fails()) return nullptr;
-    return __real_avio_alloc_context(buffer, size, writes, opaque, read, write, seek);
-}
+// A wrapper of a function, which fails in the way of that function.
+#define WRAP(result, function, parameters, arguments, failure)  \
+    extern "C" result __real_##function parameters;             \
+    extern "C" result __wrap_##function parameters {            \
+        return fails() ? failure : __real_##function arguments; \
+    }
+
+// clang-format off
+WRAP(void*, av_malloc, (size_t size), (size), nullptr)
+WRAP(AVPacket*, av_packet_alloc, (), (), nullptr)
+WRAP(AVPacket*, av_packet_clone, (const AVPacket* packet), (packet), nullptr)
+WRAP(AVFormatContext*, avformat_alloc_context, (), (), nullptr)
+WRAP(AVIOContext*, avio_alloc_context,
+     (unsigned char* buffer, int size, int writes, void* opaque, void* read, void* write, void* seek),
+     (buffer, size, writes, opaque, read, write, seek), nullptr)
 // The library's own, called for what the plug-in keeps.
-int __real_av_dict_set_int(AVDictionary** to, const char* key, int64_t value, int flags);
-int __wrap_av_dict_set_int(AVDictionary** to, const char* key, int64_t value, int flags) {
-    return fails() ? AVERROR(ENOMEM) : __real_av_dict_set_int(to, key, value, flags);
-}
-int __real_av_dict_copy(AVDictionary** to, const AVDictionary* from, int flags);
-int __wrap_av_dict_copy(AVDictionary** to, const AVDictionary* from, int flags) {
-    return fails() ? AVERROR(ENOMEM) : __real_av_dict_copy(to, from, flags);
-}
-int __real_av_get_packet(AVIOContext* from, AVPacket* packet, int size);
-int __wrap_av_get_packet(AVIOContext* from, AVPacket* packet, int size) {
-    return fails() ? AVERROR(ENOMEM) : __real_av_get_packet(from, packet, size);
-}
+WRAP(int, av_dict_set_int, (AVDictionary** to, const char* key, int64_t value, int flags),
+     (to, key, value, flags), AVERROR(ENOMEM))
+WRAP(int, av_dict_copy, (AVDictionary** to, const AVDictionary* from, int flags),
+     (to, from, flags), AVERROR(ENOMEM))
+WRAP(int, av_get_packet, (AVIOContext* from, AVPacket* packet, int size),
+     (from, packet, size), AVERROR(ENOMEM))
 // operator new(size_t, const std::nothrow_t&), and the same for arrays.
-void* __real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag);
-void* __wrap__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
-    return fails() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
-}
-void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag);
-void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag) {
-    return fails() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
-}
-}
+WRAP(void*, _ZnwmRKSt9nothrow_t, (size_t size, const std::nothrow_t& tag), (size, tag), nullptr)
+WRAP(void*, _ZnamRKSt9nothrow_t, (size_t size, const std::nothrow_t& tag), (size, tag), nullptr)
+// clang-format on
 
 namespace orvel::test {
 namespace {
@@ -143,7 +121,9 @@ TEST_P(Allocation, failsOnceAndNothingElseDoes) {
     const Bytes bytes = GetParam().make();
     gFailing = 0;
     gCalls = 0;
+    LogCapture log;
     const std::vector<TrackLife> whole = live(bytes);
+    EXPECT_EQ(log.take("RefBase"), Lines{}) << "something is not held by sp";
     ASSERT_FALSE(whole.empty());
     const int calls = gCalls;
     int endedEarly = 0;

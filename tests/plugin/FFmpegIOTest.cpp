@@ -4,7 +4,7 @@
 #include <media/stagefright/MediaErrors.h>
 
 #include "FakeFramework.h"
-#include "OrvelDataSource.h"
+#include "base/OrvelDataSource.h"
 #include "ffmpeg/FFmpegIO.h"
 
 namespace orvel {
@@ -65,6 +65,8 @@ TEST(FFmpegIO, Reads_TakeNoMoreThanThereIsRoomFor) {
             {0, true, AVERROR_EOF},
             {android::ERROR_END_OF_STREAM, true, AVERROR_EOF},
             {android::ERROR_IO, true, android::ERROR_IO},
+            {AVERROR(EAGAIN), true, android::ERROR_IO},
+            {ssize_t{INT_MIN} - 100, true, android::ERROR_IO},
             {16, false, AVERROR(EINVAL)},
     };
     ClaimingSource source;

@@ -2,14 +2,13 @@
 
 #include <string.h>
 
-#include <algorithm>
 #include <deque>
 #include <vector>
 
 #include <media/MediaExtractorPluginApi.h>
 #include <media/NdkMediaFormat.h>
 
-#include "framework/DataSource.h"
+#include "framework/MemorySource.h"
 
 namespace orvel::test {
 
@@ -77,14 +76,10 @@ struct WavSource : host::DataSource {
     }
     ssize_t readAt(off64_t offset, void* data, size_t size) override {
         ++reads;
-        const size_t start = std::min(static_cast<size_t>(offset), bytes.size());
-        size = std::min(size, bytes.size() - start);
-        memcpy(data, bytes.data() + start, size);
-        return static_cast<ssize_t>(size);
+        return host::MemorySource(bytes.data(), bytes.size()).readAt(offset, data, size);
     }
     android::status_t getSize(off64_t* size) override {
-        *size = static_cast<off64_t>(bytes.size());
-        return android::OK;
+        return host::MemorySource(bytes.data(), bytes.size()).getSize(size);
     }
     uint32_t flags() override { return flagBits; }
 

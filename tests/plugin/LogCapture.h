@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <standin/log_control.h>
+#include <standin/LogControl.h>
 
 namespace orvel::test {
 

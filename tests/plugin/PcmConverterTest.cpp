@@ -1,11 +1,9 @@
-#include "ffmpeg/PcmConverter.h"
+#include "bytes/PcmConverter.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 #include <vector>
-
-#include "ffmpeg/CodecConfig.h"
 
 namespace orvel {
 namespace {
@@ -33,7 +31,6 @@ TEST(PcmConverter, convertPcm_knownPackets_giveExactBytes) {
             {"32", 32, true, {1, 2, 3, 4}, {1, 2, 3, 4}},
             {"width unknown", 0, true, {1, 2, 3}, {1, 2, 3}},
             {"empty", 8, false, {}, {}},
-            {"empty 24", 24, true, {}, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -54,7 +51,7 @@ TEST(PcmConverter, convertPcm_knownPackets_giveExactBytes) {
 }
 
 // Every size around the vector steps, at every alignment of a word, against the per-sample rules.
-TEST(PcmConverter, helpers_everySizeAndAlignment_equalThePerSampleRule) {
+TEST(PcmConverter, convertPcm_everySizeAndAlignment_equalsThePerSampleRule) {
     std::mt19937 random(8);
     for (size_t size = 0; size < 200; ++size) {
         for (size_t skew = 0; skew < 8; ++skew) {
@@ -62,49 +59,18 @@ TEST(PcmConverter, helpers_everySizeAndAlignment_equalThePerSampleRule) {
             for (uint8_t& byte : in)
                 byte = static_cast<uint8_t>(random());
             const uint8_t* src = in.data() + skew;
-
-            for (bool isSigned : {false, true}) {
-                Bytes wide(2 * size);
-                memcpyToI16FromU8(reinterpret_cast<int16_t*>(wide.data()), src, size, isSigned);
-                Bytes inPlace(in.begin() + static_cast<ptrdiff_t>(skew), in.end());
-                inPlace.resize(2 * size);
-                memcpyToI16FromU8(reinterpret_cast<int16_t*>(inPlace.data()), inPlace.data(), size,
-                                  isSigned);
-                ASSERT_EQ(inPlace, wide);
-                for (size_t i = 0; i < size; ++i) {
-                    ASSERT_EQ(wide[2 * i], 0);
-                    ASSERT_EQ(wide[2 * i + 1], isSigned ? src[i] : src[i] ^ 0x80);
+            for (const size_t width : {1u, 2u, 3u}) {
+                Bytes out(skew + 2 * size);
+                uint8_t* dst = out.data() + skew;
+                const auto bits = static_cast<int32_t>(8 * width);
+                ASSERT_TRUE(convertPcm(dst, 2 * size, src, size, bits, true).ok);
+                for (size_t i = 0; i < size - size % width; ++i) {
+                    const uint8_t expected = src[i / width * width + width - 1 - i % width];
+                    ASSERT_EQ(width == 1 ? dst[2 * i + 1] : dst[i], expected) << size << " " << i;
                 }
-            }
-
-            Bytes swapped(skew + size, 0xEE);
-            memcpyToI16leFromUint8be(reinterpret_cast<int16_t*>(swapped.data() + skew), src, size);
-            for (size_t i = 0; i < size; ++i) {
-                const bool tail = i == size - 1 && size % 2 != 0;
-                ASSERT_EQ(swapped[skew + i], tail ? 0xEE : src[i ^ 1]) << size << " at " << i;
-            }
-
-            Bytes reversed(size);
-            memcpyToI24leFromUint8be(reversed.data(), src, size);
-            for (size_t i = 0; i < size; ++i) {
-                const bool tail = i >= size - size % 3;
-                ASSERT_EQ(reversed[i], tail ? src[i] : src[i / 3 * 3 + 2 - i % 3]) << size;
             }
         }
     }
-}
-
-TEST(CodecConfig, alacCookie_isTheConfigInHostOrder_andOtherSizesAreRefused) {
-    const uint8_t extradata[kAlacExtradataSize] = {0,    0,  0,  36,   'a',  'l',  'a', 'c',  0,
-                                                   0,    0,  0,  0,    0,    0x10, 0,   0,    16,
-                                                   40,   10, 14, 2,    0x01, 0xFF, 0,   0,    0x20,
-                                                   0x18, 0,  1,  0x23, 0x45, 0,    0,   0xAC, 0x44};
-    const AlacCookie expected = {0,    0x10, 0, 0, 0,    16,   40, 10, 14,   2,    0xFF, 0x01,
-                                 0x18, 0x20, 0, 0, 0x45, 0x23, 1,  0,  0x44, 0xAC, 0,    0};
-    EXPECT_EQ(alacCookieFromExtradata(extradata, sizeof(extradata)), expected);
-    EXPECT_FALSE(alacCookieFromExtradata(extradata, 35));
-    EXPECT_FALSE(alacCookieFromExtradata(extradata, 48));
-    EXPECT_FALSE(flacBlockSizesFromStreamInfo(extradata, 42));
 }
 
 }  // namespace

@@ -4,11 +4,11 @@
 #include <stdint.h>
 #include <string.h>
 
-#include "OrvelDataSource.h"
 #include "OrvelExtractor2.h"
-#include "OrvelMediaBuffer.h"
-#include "OrvelMetaData.h"
 #include "OrvelSource2.h"
+#include "base/OrvelDataSource.h"
+#include "base/OrvelMediaBuffer.h"
+#include "base/OrvelMetaData.h"
 
 namespace orvel {
 namespace {

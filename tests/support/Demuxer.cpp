@@ -2,6 +2,8 @@
 
 #include <media/stagefright/MediaErrors.h>
 
+#include <set>
+
 namespace orvel::test {
 
 namespace {
@@ -18,19 +20,9 @@ size_t nalLengthSize(const AVCodecParameters& codec, const std::string& demuxer)
     return (codec.extradata[at] & 3u) + 1;
 }
 
-bool isDeliveredAsPcm(AVCodecID codec) {
-    switch (codec) {
-        case AV_CODEC_ID_PCM_S16LE:
-        case AV_CODEC_ID_PCM_S16BE:
-        case AV_CODEC_ID_PCM_S24LE:
-        case AV_CODEC_ID_PCM_S24BE:
-        case AV_CODEC_ID_PCM_S8:
-        case AV_CODEC_ID_PCM_U8:
-            return true;
-        default:
-            return false;
-    }
-}
+const std::set<AVCodecID> kDeliveredAsPcm = {AV_CODEC_ID_PCM_S16LE, AV_CODEC_ID_PCM_S16BE,
+                                             AV_CODEC_ID_PCM_S24LE, AV_CODEC_ID_PCM_S24BE,
+                                             AV_CODEC_ID_PCM_S8,    AV_CODEC_ID_PCM_U8};
 
 }  // namespace
 
@@ -83,7 +75,7 @@ Sample Demuxer::asDelivered(const AVPacket& packet) const {
                   {packet.data, packet.data + packet.size}};
     if (const size_t lengthSize = nalLengthSize(codec, mName)) {
         sample.data = withStartCodes(sample.data, lengthSize);
-    } else if (isDeliveredAsPcm(codec.codec_id)) {
+    } else if (kDeliveredAsPcm.count(codec.codec_id) != 0) {
         sample.data = asDeliveredPcm(sample.data, codec.bits_per_coded_sample, mName == "aiff");
     }
     return sample;

@@ -58,19 +58,12 @@ struct ScriptHeader {
 };
 static_assert(sizeof(ScriptHeader) == 7 + 2 * ScriptHeader::kSteps);
 
-/** What came of it, for tests that expect something. */
-struct ScriptResult {
-    bool taken = false;
-    size_t tracks = 0;
-    size_t samples = 0;
-};
-
 /**
  * Runs the life. The work is bounded: some hundred reads, buffers of up to 16 MiB. Aborts with a
  * message when the plug-in breaks its contract (a good status without a sample, a buffer that does
  * not come back). Sets "mm.enable.orvel_parser", and everything to enabled at the end.
  */
-ScriptResult runScript(const host::Plugin& plugin, const ScriptHeader& header, const uint8_t* file,
-                       size_t fileSize);
+void runScript(const host::Plugin& plugin, const ScriptHeader& header, const uint8_t* file,
+               size_t fileSize);
 
 }  // namespace orvel::test

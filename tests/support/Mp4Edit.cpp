@@ -35,15 +35,20 @@ void replace(Bytes& file, const Bytes& old, const Bytes& bytes) {
     std::copy(bytes.begin(), bytes.end(), at);
 }
 
-void addSampleDescription(Bytes& file, int nth, const Bytes& entry) {
-    const size_t stsd = boxType(file, "stsd", nth);
-    const size_t end = stsd - 4 + be32(file, stsd - 4);
-    for (const char* type : {"moov", "trak", "mdia", "minf", "stbl", "stsd"}) {
+void append(Bytes& file, const std::vector<const char*>& path, int nth, const Bytes& bytes) {
+    size_t end = 0;
+    for (const char* type : path) {
         const size_t size = boxType(file, type, nth) - 4;
-        putBe32(file, size, be32(file, size) + static_cast<uint32_t>(entry.size()));
+        end = size + be32(file, size);
+        putBe32(file, size, be32(file, size) + static_cast<uint32_t>(bytes.size()));
     }
-    putBe32(file, stsd + 8, be32(file, stsd + 8) + 1);
-    file.insert(file.begin() + static_cast<ptrdiff_t>(end), entry.begin(), entry.end());
+    file.insert(file.begin() + static_cast<ptrdiff_t>(end), bytes.begin(), bytes.end());
+}
+
+void addSampleDescription(Bytes& file, int nth, const Bytes& entry) {
+    append(file, {"moov", "trak", "mdia", "minf", "stbl", "stsd"}, nth, entry);
+    const size_t count = boxType(file, "stsd", nth) + 8;
+    putBe32(file, count, be32(file, count) + 1);
 }
 
 }  // namespace orvel::test

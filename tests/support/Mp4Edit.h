@@ -13,6 +13,9 @@ uint32_t be32(const Bytes& file, size_t at);
 void putBe32(Bytes& file, size_t at, uint32_t value);
 /** Overwrites the first occurrence of `old`, which must be there, with as many bytes. */
 void replace(Bytes& file, const Bytes& old, const Bytes& bytes);
+/** Puts bytes at the end of the last box of the path, in the nth track. Only for a movie at the
+ * end. */
+void append(Bytes& file, const std::vector<const char*>& path, int nth, const Bytes& bytes);
 /** Gives track `nth` a second sample description. */
 void addSampleDescription(Bytes& file, int nth, const Bytes& entry);
 

@@ -59,11 +59,9 @@ std::vector<uint8_t> asDeliveredPcm(const std::vector<uint8_t>& data, int bits, 
     return result;
 }
 
-Oracle Oracle::read(host::DataSource& source, const std::string& demuxer) {
-    return read(source, demuxer, [](const AVStream& stream) {
-        const AVMediaType type = stream.codecpar->codec_type;
-        return type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_VIDEO;
-    });
+bool Oracle::isAudioOrVideo(const AVStream& stream) {
+    const AVMediaType type = stream.codecpar->codec_type;
+    return type == AVMEDIA_TYPE_AUDIO || type == AVMEDIA_TYPE_VIDEO;
 }
 
 Oracle Oracle::read(host::DataSource& source, const std::string& name, const Filter& filter) {

@@ -44,9 +44,9 @@ struct Oracle {
     /** Which streams are delivered; the others are discarded, as a player's unstarted tracks are.
      */
     using Filter = std::function<bool(const AVStream&)>;
-    static Oracle read(host::DataSource& source, const std::string& demuxer, const Filter& filter);
-    /** Every audio and video stream. */
-    static Oracle read(host::DataSource& source, const std::string& demuxer);
+    static bool isAudioOrVideo(const AVStream& stream);
+    static Oracle read(host::DataSource& source, const std::string& demuxer,
+                       const Filter& filter = isAudioOrVideo);
 };
 
 /** Units behind big-endian lengths of `lengthSize` bytes, rewritten behind 00 00 00 01. */
