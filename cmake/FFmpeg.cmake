@@ -1,10 +1,9 @@
-# FFmpeg as the distribution ships it. The sources are written against the 4.x interface and build
-# with libavformat 58, 59 and 60; Parser2Impl/ffmpeg/FFmpegCompat.h holds what differs.
+# FFmpeg as the distribution ships it. The sources are written against the 4.x interface;
+# Parser2Impl/ffmpeg/FFmpegCompat.h holds what differs.
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
-string(REGEX MATCH "^[0-9]+" ORVEL_AVFORMAT_MAJOR "${FFMPEG_libavformat_VERSION}")
-if(ORVEL_AVFORMAT_MAJOR LESS 58 OR ORVEL_AVFORMAT_MAJOR GREATER 60)
+if(FFMPEG_libavformat_VERSION VERSION_LESS 58.29 OR FFMPEG_libavformat_VERSION VERSION_GREATER_EQUAL 62)
   message(FATAL_ERROR
-    "libavformat ${FFMPEG_libavformat_VERSION} was found; this project builds with libavformat 58, "
-    "59 and 60 (FFmpeg 4.x, 5.x and 6.x).")
+    "libavformat ${FFMPEG_libavformat_VERSION} was found; this project builds with libavformat 58 to "
+    "61 (FFmpeg 4.2 to 7.1). docs/integrating.md says what a later one would take.")
 endif()

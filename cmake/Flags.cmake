@@ -24,12 +24,14 @@ else()
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
 endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-  target_compile_options(orvel_common_flags INTERFACE -Wthread-safety)
+  # An assertion with a text for its condition, !"text", is meant.
+  target_compile_options(orvel_common_flags INTERFACE -Wthread-safety -Wno-string-conversion)
 endif()
 
 add_library(orvel_device_flags INTERFACE)
 target_link_libraries(orvel_device_flags INTERFACE orvel_common_flags)
-target_compile_options(orvel_device_flags INTERFACE -fno-exceptions -fno-rtti -fvisibility=hidden
+target_compile_options(orvel_device_flags INTERFACE -Wconversion -Wsign-conversion
+  -fno-exceptions -fno-rtti -fvisibility=hidden
   -fvisibility-inlines-hidden)
 
 add_library(orvel_host_flags INTERFACE)
