@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "MetaKeyTables.h"
-#include "MetaKeys.h"
+#include "base/MetaKeyTables.h"
+#include "base/MetaKeys.h"
 
 namespace {
 
