@@ -6,6 +6,7 @@ foreach(part page.html:kPageHtml page.css:kPageStyle page.js:kPageScript)
   list(GET part 0 file)
   list(GET part 1 name)
   file(READ ${CMAKE_CURRENT_LIST_DIR}/${file} text)
-  string(APPEND out "constexpr char ${name}[] = R\"page(${text})page\";\n")
+  # The address sanitizer keeps where a global is defined: not the build folder's file.
+  string(APPEND out "#line 1 \"${file}\"\nconstexpr char ${name}[] = R\"page(${text})page\";\n")
 endforeach()
 file(WRITE ${OUT} "${out}")
