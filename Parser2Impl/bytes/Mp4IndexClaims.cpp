@@ -27,6 +27,7 @@ bool isEntered(uint32_t type) {
         case fourCharacterCode("udta"):
         case fourCharacterCode("tref"):
         case fourCharacterCode("mvex"):
+        case fourCharacterCode("ilst"):
         case fourCharacterCode("sinf"):
         case fourCharacterCode("schi"):
             return true;
@@ -35,10 +36,11 @@ bool isEntered(uint32_t type) {
     }
 }
 
-// What sound's chunks hang on.
+// What sound's chunks hang on, and the lists that 'sync' groups have unrolled.
 bool isTable(uint32_t type) {
     return type == fourCharacterCode("stts") || type == fourCharacterCode("stsc") ||
-           type == fourCharacterCode("stco") || type == fourCharacterCode("co64");
+           type == fourCharacterCode("stco") || type == fourCharacterCode("co64") ||
+           type == fourCharacterCode("ctts") || type == fourCharacterCode("sbgp");
 }
 
 }  // namespace
@@ -73,6 +75,18 @@ uint64_t Mp4IndexClaims::inBlock(int64_t offset, const uint8_t* data, size_t siz
 // False where the block cuts off what has to be known of the box.
 bool Mp4IndexClaims::stepOverBox() {
     const int64_t parentEnd = mParents.empty() ? INT64_MAX : mParents.back().payload.end;
+    if (!mParents.empty() && mParents.back().type == fourCharacterCode("meta")) {
+        // The demultiplexer looks for its first box, the handler, word by word.
+        uint32_t word = 0;
+        const bool isOver = parentEnd - mNext <= kHeaderSize + 4;
+        if (!isOver && !peek32(mNext + 4, &word)) return false;
+        if (isOver || word == fourCharacterCode("hdlr"))
+            mParents.back().type = fourCharacterCode("ilst");  // from here on like any other
+        else
+            mNext += 4;
+        if (isOver) mNext = parentEnd;
+        return true;
+    }
     uint8_t header[kHeaderSize];
     int64_t size = 0;
     int64_t begin = mNext + kHeaderSize;
@@ -108,9 +122,9 @@ bool Mp4IndexClaims::stepOverBox() {
             type = fourCharacterCode("moov");
     }
     const int64_t box = mNext;
-    if (isEntered(type)) {
+    if (isEntered(type) || type == fourCharacterCode("meta")) {
         mParents.push_back({payload, type});
-        mNext = payload.begin;
+        mNext = type == fourCharacterCode("meta") ? payload.begin - 4 : payload.begin;
         if (type == fourCharacterCode("trak") || type == fourCharacterCode("moof")) leaveTrack();
         if (type == fourCharacterCode("trak")) {
             mTrack.begin = box;
@@ -129,11 +143,16 @@ bool Mp4IndexClaims::stepOverBox() {
 uint64_t Mp4IndexClaims::trackClaim() {
     if (mTrack.isChanged) {
         mTrack.chunkEntries = mTrack.mayBeByChunks() && mTrack.chunks > 0 ? soundChunks() : 0;
+        // Of video with such groups both lists of runs are unrolled, one number for each sample.
+        if (mTrack.syncGroups > 0)
+            mTrack.listed = std::max(
+                    {mTrack.listed, runTotal(mTrack.offsetRuns), runTotal(mTrack.syncGroups)});
         mTrack.isChanged = false;
     }
     const bool byChunks = mTrack.isSound && mTrack.mayBeByChunks() && mTrack.firstDuration == 1;
     // Room for the chunks' offsets is made before they are read.
-    return (byChunks ? 0 : mTrack.samples) + mTrack.chunkEntries + mTrack.chunks;
+    return std::max<uint64_t>(byChunks ? 0 : mTrack.samples, mTrack.listed) + mTrack.chunkEntries +
+           mTrack.chunks;
 }
 
 void Mp4IndexClaims::leaveTrack() {
@@ -168,6 +187,23 @@ bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
         case fourCharacterCode("stco"):
         case fourCharacterCode("co64"):
             return peekCount(payload + 4, &mTrack.chunks);
+        case fourCharacterCode("ctts"):
+            mTrack.offsetRuns = payload + 4;
+            return takeList(payload + 4);
+        case fourCharacterCode("stss"):
+        case fourCharacterCode("stps"):
+            return takeList(payload + 4);
+        case fourCharacterCode("sbgp"): {
+            uint32_t grouping;
+            if (!peek32(payload, &value) || !peek32(payload + 4, &grouping)) return false;
+            const int64_t count = payload + (value >> 24 == 1 ? 12 : 8);
+            if (grouping == fourCharacterCode("sync")) mTrack.syncGroups = count;
+            return takeList(count);
+        }
+        case fourCharacterCode("keys"):
+            isWhole = peekCount(payload + 4, &value);
+            mClaims += value;
+            return isWhole;
         case fourCharacterCode("trun"):
             isWhole = peekCount(payload + 4, &value);
             if (value > 0) mClaims += mHasHeaderless ? kEndless : value;
@@ -175,6 +211,31 @@ bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
         default:
             return true;
     }
+}
+
+// Room for what a list claims is made before it is read.
+bool Mp4IndexClaims::takeList(int64_t count) {
+    uint32_t value;
+    const bool isWhole = peekCount(count, &value);
+    mTrack.listed = std::max<uint64_t>(mTrack.listed, value);
+    return isWhole;
+}
+
+// The samples of a list's runs of eight bytes. Like the demultiplexer, it reads on beyond the box.
+uint64_t Mp4IndexClaims::runTotal(int64_t count) const {
+    ExactReader reader(mSource);
+    const auto read = [&](int64_t offset, uint32_t* value) {
+        return peek32(offset, value) || reader.read32(offset, value);
+    };
+    uint32_t runs;
+    if (count == 0 || !read(count, &runs)) return 0;
+    uint64_t total = 0;
+    uint32_t samples;
+    for (int64_t i = 0; i < runs && total <= kEndless; ++i) {
+        if (!read(count + 4 + 8 * i, &samples)) break;
+        total += samples;
+    }
+    return total;
 }
 
 // The demultiplexer makes one entry of up to 1024 samples of a chunk; where the sample description

@@ -1,6 +1,7 @@
 // How many index entries the boxes of an MP4 file make the demultiplexer build: a sample size table
-// of one size for all (ISO/IEC 14496-12, 8.7.3), the chunks of uncompressed sound (8.7.4) and a
-// track run (8.8.8) claim any number of samples in a few bytes.
+// of one size for all (ISO/IEC 14496-12, 8.7.3), the chunks of uncompressed sound (8.7.4), runs of
+// composition offsets (8.6.1.3) beside 'sync' groups (8.9.2) and a track run (8.8.8) claim any
+// number of samples in a few bytes.
 #pragma once
 
 #include <cstddef>
@@ -14,20 +15,21 @@ namespace orvel {
 
 // Follows the demultiplexer's reads of boxes, block by block, and looks at each header on the way,
 // before the block is handed on. Boxes are found where the demultiplexer reads on from box to box,
-// and where it jumps to one. Not found are those inside 'meta', 'wave' and sample descriptions, and
+// and where it jumps to one. Not found are those inside 'wave' and sample descriptions, and
 // compressed movies ('cmov').
 //
 // A box whose head a block cuts off is looked at with the block after it. The source is read only
-// for the chunks of tracks whose samples last one tick, where another block had them. Not
-// thread-safe.
+// for the chunks of tracks whose samples last one tick and the runs of tracks with 'sync' groups,
+// where another block had them. Not thread-safe.
 class Mp4IndexClaims {
   public:
     explicit Mp4IndexClaims(ByteSource& source) : mSource(source) {}
 
     // The demultiplexer is about to see the size bytes at offset. Returns how many entries it may
-    // add to its index, and to its list of chunks, because of them: those of the track whose tables
-    // they go on with, of the tracks that they hold, and of the track runs. A track run beside a
-    // track without a header counts as endless: the demultiplexer spends seconds on each.
+    // add to its index, and to its lists of chunks and of keys, because of them: those of the track
+    // whose tables they go on with, of the tracks that they hold, and of the track runs. A track
+    // run beside a track without a header counts as endless: the demultiplexer spends seconds on
+    // each.
     uint64_t inBlock(int64_t offset, const uint8_t* data, size_t size);
 
   private:
@@ -40,6 +42,9 @@ class Mp4IndexClaims {
         uint32_t chunks = 0;
         uint32_t timeRuns = 0;
         int32_t firstDuration = 0;
+        uint64_t listed = 0;        // the longest of the lists of runs and of key samples
+        int64_t offsetRuns = 0;     // where 'ctts' says how many runs follow; 0: nowhere
+        int64_t syncGroups = 0;     // where 'sbgp' of type 'sync' does
         ByteRange chunkRuns;        // the payload of 'stsc'
         uint64_t chunkEntries = 0;  // of sound that is indexed by chunks
 
@@ -59,6 +64,8 @@ class Mp4IndexClaims {
     void leaveTrack();
     uint64_t trackClaim();
     bool take(uint32_t type, int64_t payload);
+    bool takeList(int64_t count);
+    uint64_t runTotal(int64_t count) const;
     uint64_t soundChunks() const;
     bool peek(int64_t offset, void* out, size_t size) const;
     bool peekCount(int64_t offset, uint32_t* value) const;

@@ -175,6 +175,25 @@ Bytes withSound(uint32_t samples, uint32_t inChunk) {
     return file;
 }
 
+// Pictures of which a list says that they are so many (8.6.1.3), and another that they are groups
+// (8.9.2).
+Bytes withOffsets(uint32_t count) {
+    Bytes file = mediaBytes("mp4_hevc_eac3.mp4");
+    const Bytes group = {0,   0,   0, 28, 's', 'b', 'g', 'p', 0, 0, 0, 0, 's', 'y',
+                         'n', 'c', 0, 0,  0,   1,   0,   0,   0, 1, 0, 0, 0,   1};
+    append(file, {"moov", "trak", "mdia", "minf", "stbl"}, 0, group);
+    putBe32(file, boxType(file, "ctts") + 12, count);
+    return file;
+}
+
+// Metadata of as many keys, all of them missing (QuickTime File Format, metadata item keys).
+Bytes withKeys(uint32_t count) {
+    Bytes file = mediaBytes("mp4_small.mp4");
+    append(file, {"moov", "udta"}, 0, {0, 0, 0, 16, 'k', 'e', 'y', 's', 0, 0, 0, 0, 0, 0, 0, 0});
+    putBe32(file, boxType(file, "keys") + 8, count);
+    return file;
+}
+
 // The whole track again and again (8.6.6).
 Bytes withEdits(int count) {
     Bytes file = withSamples(100000);
@@ -204,6 +223,8 @@ TEST(Limits, samplesThatNoByteJustifiesAreNotIndexed) {
             {"an hour of sound, cut: its chunks are few", withSound(158760000, 0), true},
             {"runs beside a track without a header", withoutHeader(), false},
             {"chunks of sound without end", withSound(1000, 0x7FFFFFFF), false},
+            {"runs of offsets that groups unroll", withOffsets(300000000), false},
+            {"keys of metadata", withKeys(200000000), false},
             {"a picture that looks like a run", withPictureLikeRun(), true},
             {"edits", withEdits(200), true},
     };

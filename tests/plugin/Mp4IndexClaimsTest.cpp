@@ -22,6 +22,8 @@ TEST(Mp4IndexClaims, areFoundBeforeTheDemuxerSeesThem) {
     const Bytes ticks = box("stts", words({0, 1, 9000, 1}));
     const Bytes chunks = join({box("stsc", words({0, 2, 1, 5000, 1, 3, 10, 1})),
                                box("stco", words({0, 4, 0, 0, 0, 0}))});
+    const Bytes groups = box(
+            "sbgp", join({words({1 << 24}), {'s', 'y', 'n', 'c'}, words({0, 2, 20, 1, 700, 2})}));
     const Bytes run = box("trun", words({0, 700}));
     const Bytes fragment = box("moof", box("traf", run));
     const Bytes header = box("tkhd", words({0, 0, 0, 1}));
@@ -55,6 +57,13 @@ TEST(Mp4IndexClaims, areFoundBeforeTheDemuxerSeesThem) {
              2 * 5 + 2 + 4},
             {"in a hidden movie", box("hoov", join({box("mvhd", {}), table(picture, sizes)})),
              9000},
+            {"runs that sync groups unroll",
+             box("moov", table(picture, join({ctts({{9000, 0}, {5, 0}}), groups}))), 9005},
+            {"the groups themselves", box("moov", table(picture, groups)), 720},
+            {"key samples", box("moov", table(picture, box("stss", words({0, 700})))), 700},
+            {"keys of metadata",
+             box("moov", box("meta", join({words({0}), sound, box("keys", words({0, 700}))}))),
+             700},
             {"cut by the end of the file", Bytes(run.begin(), run.end() - 1), 700 & 0xFFFFFF00},
             {"media", box("mdat", fragment), 0},
     };
