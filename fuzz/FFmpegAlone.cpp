@@ -4,6 +4,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
+#include "framework/FaultSource.h"
 #include "framework/MemorySource.h"
 #include "support/Demuxer.h"
 #include "support/ExtractorScript.h"
@@ -20,7 +21,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const AVInputFormat* format = av_probe_input_format(&probe, 1);
     if (format == nullptr) return 0;
     const std::string name = format->name;
-    test::Demuxer demuxer(source, name.substr(0, name.find(',')));
+    host::UnknownSizeSource unknown(source);
+    const bool knows = (data[0] & test::ScriptHeader::kUnknownSize) == 0;
+    test::Demuxer demuxer(knows ? source : static_cast<host::DataSource&>(unknown),
+                          name.substr(0, name.find(',')));
     if (!demuxer.isOpen()) return 0;
     AVFormatContext* context = demuxer.context();
     AVPacket* packet = av_packet_alloc();

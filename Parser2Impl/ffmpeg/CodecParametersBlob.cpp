@@ -2,14 +2,18 @@
 
 #include <string.h>
 
+#include <type_traits>
+
 namespace orvel {
 
 namespace {
 
-template <size_t kOffset, typename T>
-void put(uint8_t* blob, T value) {
+// An enumeration is copied, not loaded: FFmpeg keeps numbers in some that the file chose.
+template <size_t kOffset, typename T, typename V>
+void put(uint8_t* blob, const V& value) {
     static_assert(sizeof(T) == 4 || sizeof(T) == 8);
     static_assert(kOffset % 4 == 0 && kOffset + sizeof(T) <= kCodecParametersSize);
+    static_assert(sizeof(V) == sizeof(T) && (std::is_enum_v<V> || std::is_same_v<V, T>));
     memcpy(blob + kOffset, &value, sizeof(value));
 }
 
