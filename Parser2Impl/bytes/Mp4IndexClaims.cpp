@@ -11,6 +11,7 @@ namespace {
 constexpr int64_t kHeaderSize = 8;
 constexpr size_t kMaxDepth = 10;
 constexpr uint64_t kEndless = UINT32_MAX;
+constexpr uint64_t kEncryptedSample = 12;  // takes as much memory as so many index entries
 
 // The boxes that the demultiplexer enters, whatever they are in.
 bool isEntered(uint32_t type) {
@@ -22,6 +23,7 @@ bool isEntered(uint32_t type) {
         case fourCharacterCode("stbl"):
         case fourCharacterCode("moof"):
         case fourCharacterCode("traf"):
+        case fourCharacterCode("mfra"):
         case fourCharacterCode("edts"):
         case fourCharacterCode("dinf"):
         case fourCharacterCode("udta"):
@@ -64,12 +66,19 @@ uint64_t Mp4IndexClaims::inBlock(int64_t offset, const uint8_t* data, size_t siz
     if (offset < mTrack.begin || mTrack.end <= offset) leaveTrack();
     mSeen.erase(mSeen.begin(), std::lower_bound(mSeen.begin(), mSeen.end(), offset));
     mClaims = 0;
+    const uint64_t records = mRecords;
     while (mNext < mBlock.end && stepOverBox()) {
     }
     if (mNext >= offset) mTail.clear();
     if (mNext < mBlock.end)
         mTail.insert(mTail.end(), data + std::max(mNext, offset) - offset, data + size);
+    if (mRecords > records) mClaims += mRecords;
     return mClaims + trackClaim();
+}
+
+void Mp4IndexClaims::passOver(int64_t offset, size_t size) {
+    const int64_t end = offset + static_cast<int64_t>(size);
+    if (offset == mBlock.end && end <= mNext && !mIsInMedia) mBlock.end = end;
 }
 
 // False where the block cuts off what has to be known of the box.
@@ -104,6 +113,8 @@ bool Mp4IndexClaims::stepOverBox() {
         if (size == 0) size = parentEnd - begin + kHeaderSize;
     }
     uint32_t type = size < kHeaderSize ? 0 : loadBe32(header + 4);
+    // The demultiplexer would read it again and again.
+    if (type == fourCharacterCode("tfra") && loadBe32(header) == 0) mClaims += kEndless;
     const bool isInTrack = mParents.empty() ? mTrack.begin < mNext && mNext < mTrack.end
                                             : mParents.back().type != fourCharacterCode("moov");
     const bool isMisplaced =
@@ -129,12 +140,16 @@ bool Mp4IndexClaims::stepOverBox() {
         if (type == fourCharacterCode("trak")) {
             mTrack.begin = box;
             mTrack.end = payload.end;
+            if (box >= mNextTrack) ++mTracks;
+            mNextTrack = std::max(mNextTrack, payload.begin);
         }
+        if (type == fourCharacterCode("moof")) recordFragments(payload.begin, 1);
     } else {
         if (!take(type, payload.begin)) return false;
         mNext = payload.end;
-        if (type == fourCharacterCode("stsc")) mTrack.chunkRuns = payload;
+        if (type == fourCharacterCode("stsc")) mTrack.chunkRuns.push_back(payload);
         mTrack.isChanged = mTrack.isChanged || isTable(type);
+        mIsInMedia = type == fourCharacterCode("mdat");
     }
     mSeen.push_back(box);
     return true;
@@ -142,7 +157,12 @@ bool Mp4IndexClaims::stepOverBox() {
 
 uint64_t Mp4IndexClaims::trackClaim() {
     if (mTrack.isChanged) {
-        mTrack.chunkEntries = mTrack.mayBeByChunks() && mTrack.chunks > 0 ? soundChunks() : 0;
+        mTrack.chunkEntries = 0;
+        // Of several lists, some versions take the first, some the last.
+        for (const ByteRange& runs : mTrack.chunkRuns) {
+            if (mTrack.mayBeByChunks() && mTrack.chunks > 0)
+                mTrack.chunkEntries = std::max(mTrack.chunkEntries, soundChunks(runs));
+        }
         // Of video with such groups both lists of runs are unrolled, one number for each sample.
         if (mTrack.syncGroups > 0)
             mTrack.listed = std::max(
@@ -155,6 +175,13 @@ uint64_t Mp4IndexClaims::trackClaim() {
            mTrack.chunks;
 }
 
+// A record of each track for each fragment, when it is read and where an index names it.
+void Mp4IndexClaims::recordFragments(int64_t payload, uint64_t count) {
+    if (payload <= mLastFragment) return;
+    mLastFragment = payload;
+    mRecords += count * mTracks;
+}
+
 void Mp4IndexClaims::leaveTrack() {
     mHasHeaderless = mHasHeaderless || (mTrack.end > 0 && mTrack.end <= mNext && !mTrack.hasHeader);
     mClaims += trackClaim();
@@ -164,6 +191,7 @@ void Mp4IndexClaims::leaveTrack() {
 // False where the block cuts off a field.
 bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
     uint32_t value = 0;
+    uint32_t version;  // and flags
     bool isWhole;
     switch (type) {
         case fourCharacterCode("tkhd"):
@@ -186,24 +214,35 @@ bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
             return peekCount(payload + 8, &mTrack.samples);
         case fourCharacterCode("stco"):
         case fourCharacterCode("co64"):
-            return peekCount(payload + 4, &mTrack.chunks);
+            isWhole = peekCount(payload + 4, &value);
+            mTrack.chunks = std::max(mTrack.chunks, value);
+            return isWhole;
         case fourCharacterCode("ctts"):
-            mTrack.offsetRuns = payload + 4;
-            return takeList(payload + 4);
+            return takeList(payload + 4, &mTrack.offsetRuns);
         case fourCharacterCode("stss"):
         case fourCharacterCode("stps"):
-            return takeList(payload + 4);
-        case fourCharacterCode("sbgp"): {
-            uint32_t grouping;
-            if (!peek32(payload, &value) || !peek32(payload + 4, &grouping)) return false;
-            const int64_t count = payload + (value >> 24 == 1 ? 12 : 8);
-            if (grouping == fourCharacterCode("sync")) mTrack.syncGroups = count;
-            return takeList(count);
-        }
+            return takeList(payload + 4, nullptr);
+        case fourCharacterCode("sbgp"):
+            if (!peek32(payload, &version) || !peek32(payload + 4, &value)) return false;
+            return takeList(payload + (version >> 24 == 1 ? 12 : 8),
+                            value == fourCharacterCode("sync") ? &mTrack.syncGroups : nullptr);
+        case fourCharacterCode("sgpd"):
+            if (!peek32(payload, &version)) return false;
+            return takeList(payload + 8 + 4 * std::min(version >> 24, 2u), nullptr);
         case fourCharacterCode("keys"):
             isWhole = peekCount(payload + 4, &value);
             mClaims += value;
             return isWhole;
+        case fourCharacterCode("senc"):
+            isWhole = peekCount(payload + 4, &value);
+            mClaims += value * kEncryptedSample;
+            return isWhole;
+        case fourCharacterCode("sidx"):
+            if (!peek32(payload, &version) ||
+                !peek32(payload + (version >> 24 == 0 ? 20 : 28), &value))
+                return false;
+            recordFragments(payload, value & 0xFFFF);
+            return true;
         case fourCharacterCode("trun"):
             isWhole = peekCount(payload + 4, &value);
             if (value > 0) mClaims += mHasHeaderless ? kEndless : value;
@@ -213,11 +252,12 @@ bool Mp4IndexClaims::take(uint32_t type, int64_t payload) {
     }
 }
 
-// Room for what a list claims is made before it is read.
-bool Mp4IndexClaims::takeList(int64_t count) {
+// Room for what a list claims is made before it is read. The last one that is not empty counts.
+bool Mp4IndexClaims::takeList(int64_t count, int64_t* last) {
     uint32_t value;
     const bool isWhole = peekCount(count, &value);
     mTrack.listed = std::max<uint64_t>(mTrack.listed, value);
+    if (value > 0 && last != nullptr) *last = count;
     return isWhole;
 }
 
@@ -240,7 +280,7 @@ uint64_t Mp4IndexClaims::runTotal(int64_t count) const {
 
 // The demultiplexer makes one entry of up to 1024 samples of a chunk; where the sample description
 // asks for it, of 160, for which nothing is claimed here.
-uint64_t Mp4IndexClaims::soundChunks() const {
+uint64_t Mp4IndexClaims::soundChunks(const ByteRange& list) const {
     constexpr uint32_t kEntrySamples = 1024;
     constexpr int64_t kHeadSize = 8;
     constexpr int64_t kRunSize = 12;
@@ -249,17 +289,18 @@ uint64_t Mp4IndexClaims::soundChunks() const {
         return peek32(offset, value) || reader.read32(offset, value);
     };
     uint32_t runs;
-    if (!read(mTrack.chunkRuns.begin + 4, &runs)) return 0;
+    if (!read(list.begin + 4, &runs)) return 0;
     // The demultiplexer refuses more than the box holds.
-    if (runs > (mTrack.chunkRuns.size() - kHeadSize) / kRunSize) return 0;
+    if (runs > (list.size() - kHeadSize) / kRunSize) return 0;
     uint64_t entries = 0;
     for (int64_t i = 0; i < runs && entries <= kEndless; ++i) {
-        const int64_t run = mTrack.chunkRuns.begin + kHeadSize + i * kRunSize;
+        const int64_t run = list.begin + kHeadSize + i * kRunSize;
         uint32_t first;
         uint32_t samples;
-        uint32_t end = mTrack.chunks + 1;  // the first chunk of the next run
+        uint32_t next;
         if (!read(run, &first) || !read(run + 4, &samples)) break;
-        if (i + 1 < runs && !read(run + kRunSize, &end)) break;
+        if (i + 1 < runs && !read(run + kRunSize, &next)) break;
+        const uint64_t end = i + 1 < runs ? next : uint64_t{mTrack.chunks} + 1;
         // A run that ends before it begins counts as one without end, as it does there.
         const uint64_t chunks = end >= first ? end - first : kEndless;
         entries += chunks * ((uint64_t{samples} + kEntrySamples - 1) / kEntrySamples);

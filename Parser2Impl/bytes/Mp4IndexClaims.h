@@ -32,6 +32,10 @@ class Mp4IndexClaims {
     // each.
     uint64_t inBlock(int64_t offset, const uint8_t* data, size_t size);
 
+    // The demultiplexer has read what is in a box straight to its place. Where that goes on from a
+    // block, so does the next block from there.
+    void passOver(int64_t offset, size_t size);
+
   private:
     struct Track {
         int64_t begin = 0;  // of the box
@@ -42,11 +46,11 @@ class Mp4IndexClaims {
         uint32_t chunks = 0;
         uint32_t timeRuns = 0;
         int32_t firstDuration = 0;
-        uint64_t listed = 0;        // the longest of the lists of runs and of key samples
-        int64_t offsetRuns = 0;     // where 'ctts' says how many runs follow; 0: nowhere
-        int64_t syncGroups = 0;     // where 'sbgp' of type 'sync' does
-        ByteRange chunkRuns;        // the payload of 'stsc'
-        uint64_t chunkEntries = 0;  // of sound that is indexed by chunks
+        uint64_t listed = 0;               // the longest of the lists of runs and of key samples
+        int64_t offsetRuns = 0;            // where 'ctts' says how many runs follow; 0: nowhere
+        int64_t syncGroups = 0;            // where 'sbgp' of type 'sync' does
+        std::vector<ByteRange> chunkRuns;  // the payloads of 'stsc'
+        uint64_t chunkEntries = 0;         // of sound that is indexed by chunks
 
         bool isChanged = false;  // chunkEntries is to be counted again
 
@@ -64,9 +68,10 @@ class Mp4IndexClaims {
     void leaveTrack();
     uint64_t trackClaim();
     bool take(uint32_t type, int64_t payload);
-    bool takeList(int64_t count);
+    void recordFragments(int64_t payload, uint64_t count);
+    bool takeList(int64_t count, int64_t* last);
     uint64_t runTotal(int64_t count) const;
-    uint64_t soundChunks() const;
+    uint64_t soundChunks(const ByteRange& list) const;
     bool peek(int64_t offset, void* out, size_t size) const;
     bool peekCount(int64_t offset, uint32_t* value) const;
     bool peek32(int64_t offset, uint32_t* value) const;
@@ -80,7 +85,12 @@ class Mp4IndexClaims {
     Track mTrack;
     std::vector<int64_t> mSeen;   // begins of the boxes that lie in the block, ascending
     bool mHasHeaderless = false;  // some track had no 'tkhd'
-    uint64_t mClaims = 0;         // of the block, without mTrack's
+    bool mIsInMedia = false;      // the last box that was stepped over is 'mdat'
+    uint64_t mTracks = 0;
+    int64_t mNextTrack = 0;     // tracks before it are counted
+    int64_t mLastFragment = 0;  // the last one, or index of them, that is counted
+    uint64_t mRecords = 0;      // of fragments, in all
+    uint64_t mClaims = 0;       // of the block, without mTrack's
 };
 
 }  // namespace orvel

@@ -26,7 +26,10 @@ ssize_t DemuxerSource::readAt(off64_t offset, void* data, size_t size) {
     const AVIOContext* io = mContext->pb;
     const auto place = reinterpret_cast<uintptr_t>(data);
     const auto buffer = reinterpret_cast<uintptr_t>(io->buffer);
-    if (place < buffer || place - buffer >= static_cast<size_t>(io->buffer_size)) return n;
+    if (place < buffer || place - buffer >= static_cast<size_t>(io->buffer_size)) {
+        mClaims.passOver(offset, static_cast<size_t>(n));
+        return n;
+    }
     const uint64_t claimed =
             mClaims.inBlock(offset, static_cast<const uint8_t*>(data), static_cast<size_t>(n));
     if (claimed == 0 || isJustified(claimed)) return n;
