@@ -67,6 +67,9 @@ TEST(HandOver, noReadOfASlowSourceWaitsForAFurtherPass) {
     expectDelivered(delivered, 1);
     expectASampleForEachSourceRead(source, fromStart, delivered, 2);
 
+    // Ends the read-ahead: its reads of the source are none of those that follow.
+    audio.stop();
+    audio.start();
     delivered = 0;
     source.armAtCall(source.calls() + 1);
     auto afterFlush = inThread([&] {
