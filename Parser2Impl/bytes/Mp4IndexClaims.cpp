@@ -81,21 +81,26 @@ void Mp4IndexClaims::passOver(int64_t offset, size_t size) {
     if (offset == mBlock.end && end <= mNext && !mIsInMedia) mBlock.end = end;
 }
 
+// The demultiplexer looks for the first box of 'meta', the handler, word by word. From there on it
+// is entered like any other. False where the block cuts off the word.
+bool Mp4IndexClaims::stepToHandler(int64_t end) {
+    uint32_t word = fourCharacterCode("hdlr");
+    const bool isOver = end - mNext <= kHeaderSize + 4;
+    if (!isOver && !peek32(mNext + 4, &word)) return false;
+    if (word == fourCharacterCode("hdlr")) mParents.back().type = fourCharacterCode("ilst");
+    if (isOver) {
+        mNext = end;
+    } else if (word != fourCharacterCode("hdlr")) {
+        mNext += 4;
+    }
+    return true;
+}
+
 // False where the block cuts off what has to be known of the box.
 bool Mp4IndexClaims::stepOverBox() {
     const int64_t parentEnd = mParents.empty() ? INT64_MAX : mParents.back().payload.end;
-    if (!mParents.empty() && mParents.back().type == fourCharacterCode("meta")) {
-        // The demultiplexer looks for its first box, the handler, word by word.
-        uint32_t word = 0;
-        const bool isOver = parentEnd - mNext <= kHeaderSize + 4;
-        if (!isOver && !peek32(mNext + 4, &word)) return false;
-        if (isOver || word == fourCharacterCode("hdlr"))
-            mParents.back().type = fourCharacterCode("ilst");  // from here on like any other
-        else
-            mNext += 4;
-        if (isOver) mNext = parentEnd;
-        return true;
-    }
+    if (!mParents.empty() && mParents.back().type == fourCharacterCode("meta"))
+        return stepToHandler(parentEnd);
     uint8_t header[kHeaderSize];
     int64_t size = 0;
     int64_t begin = mNext + kHeaderSize;

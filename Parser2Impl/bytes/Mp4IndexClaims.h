@@ -52,7 +52,7 @@ class Mp4IndexClaims {
         std::vector<ByteRange> chunkRuns;  // the payloads of 'stsc'
         uint64_t chunkEntries = 0;         // of sound that is indexed by chunks
 
-        bool isChanged = false;  // chunkEntries is to be counted again
+        bool isChanged = false;  // chunkEntries and listed are to be counted again
 
         // Sound whose samples last one tick each is, whatever its number of samples. The
         // demultiplexer makes one tick of a negative duration in some versions, and sound of a
@@ -65,6 +65,7 @@ class Mp4IndexClaims {
     };
 
     bool stepOverBox();
+    bool stepToHandler(int64_t end);
     void leaveTrack();
     uint64_t trackClaim();
     bool take(uint32_t type, int64_t payload);
